@@ -6,6 +6,7 @@
 // and popups run on the user-interface thread only (the thread that called InitCVIRTE).
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -14,6 +15,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string_view>
+#include <thread>
 #include <string>
 #include <vector>
 
@@ -178,6 +181,8 @@ public:
     void dispatchPending();
     // Call a callback directly, whatever the control's state (the tool's own calls).
     int call(int panel, int control, int event, int data1 = 0, int data2 = 0);
+    // Tool-time milliseconds until the next timer tick is due (at most 50).
+    double msToNextTick();
 
     // Popups; from a worker thread they wait for the user-interface thread.
     FileAnswer fileSelect(const FileRequest &request);
