@@ -13,6 +13,8 @@ int SaveConsoleMessages();
 
 // The console target: the main panel and its console text box. Output is dropped while unset.
 void SetConsoleTarget(int panel, int control);
+// Sees every console append as it happens (vcc-script's transcript); null to stop.
+void SetConsoleListener(void (*listener)(const char *text));
 // Remembered paths (1024 bytes each), first the tool's own directory.
 extern char gLogPath[1024];
 extern char gMessagePath[1024];

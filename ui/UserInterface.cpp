@@ -190,6 +190,7 @@ int GetPanelAttribute(int panel, int attribute, int *value) {
         case ATTR_LEFT: *value = p.left; return 0;
         case ATTR_VISIBLE: *value = p.visible; return 0;
         case ATTR_BACKCOLOR: *value = p.backColor; return 0;
+        case ATTR_PANEL_FIRST_CTRL: *value = p.controls.empty() ? 0 : 1; return 0;
         default: return kBadValue;
         }
     });
@@ -347,6 +348,13 @@ int SetCtrlAttribute(int panel, int control, int attribute, void *value) {
 }
 
 int GetCtrlAttribute(int panel, int control, int attribute, int *value) {
+    if (attribute == ATTR_NEXT_CTRL) {
+        return withPanel(panel, [&](Panel &p) {
+            if (!p.control(control)) return kNoSuchControl;
+            *value = control < static_cast<int>(p.controls.size()) ? control + 1 : 0;
+            return 0;
+        });
+    }
     return withControl(panel, control, [&](Control &c) {
         switch (attribute) {
         case ATTR_DIMMED: *value = c.dimmed; return 0;

@@ -55,6 +55,7 @@ enum {
     ATTR_LEFT,
     ATTR_VISIBLE,
     ATTR_BACKCOLOR,
+    ATTR_PANEL_FIRST_CTRL,  // 0 when the panel has no control
     // controls
     ATTR_DIMMED = 20,
     ATTR_LABEL_TEXT,
@@ -76,6 +77,7 @@ enum {
     ATTR_CTRL_TYPE,
     ATTR_CTRL_VAL,
     ATTR_NUM_ITEMS,
+    ATTR_NEXT_CTRL,  // the control after this one, 0 after the last
 };
 
 // Numeric display formats.
