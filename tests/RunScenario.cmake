@@ -24,6 +24,16 @@ execute_process(
   ERROR_FILE ${WORK}/stderr.txt
   RESULT_VARIABLE status
   TIMEOUT 240)
+# The tool's own folder and the run's folder differ between machines: name them by role.
+get_filename_component(bindir ${VCC_SCRIPT} DIRECTORY)
+foreach(produced stdout.txt console.txt)
+  if(EXISTS ${WORK}/${produced})
+    file(READ ${WORK}/${produced} text)
+    string(REPLACE "${WORK}" "%WORK%" text "${text}")
+    string(REPLACE "${bindir}" "%BIN%" text "${text}")
+    file(WRITE ${WORK}/${produced} "${text}")
+  endif()
+endforeach()
 file(READ ${WORK}/stdout.txt out)
 file(READ ${WORK}/stderr.txt err)
 if(NOT "${status}" STREQUAL "${expected_status}")

@@ -53,7 +53,8 @@ void HeadlessFrontend::message(const std::string &title, const std::string &text
 // ---- a user's hands -----------------------------------------------------------------------------------
 
 namespace {
-const char *const kAttributes[] = {"dimmed", "visible", "label", "max", "min", "title", "width", "height"};
+const char *const kAttributes[] = {"dimmed", "visible", "label", "max", "min", "title", "width", "height",
+                                   "items", "enabled", "interval"};
 
 bool isAttribute(const std::string &word) {
     return std::find(std::begin(kAttributes), std::end(kAttributes), word) != std::end(kAttributes);
@@ -135,7 +136,31 @@ bool deliver(const Target &target, int event, int data1, int data2) {
     return true;
 }
 
+// Attributes a script may set directly: state, captions, ranges and the timer's rhythm.
+bool setAttribute(const Target &target, const std::string &value, std::string &error) {
+    const std::string &a = target.attribute;
+    if (a == "label") return SetCtrlAttribute(target.panel, target.control, ATTR_LABEL_TEXT, value.c_str()) >= 0;
+    double number = 0;
+    if (!parseNumber(value, number)) {
+        error = "not a number: " + value;
+        return false;
+    }
+    int attribute = 0;
+    if (a == "dimmed") attribute = ATTR_DIMMED;
+    else if (a == "visible") attribute = ATTR_VISIBLE;
+    else if (a == "enabled") attribute = ATTR_ENABLED;
+    else if (a == "max") return SetCtrlAttribute(target.panel, target.control, ATTR_MAX_VALUE, number) >= 0;
+    else if (a == "min") return SetCtrlAttribute(target.panel, target.control, ATTR_MIN_VALUE, number) >= 0;
+    else if (a == "interval") return SetCtrlAttribute(target.panel, target.control, ATTR_INTERVAL, number) >= 0;
+    else {
+        error = "cannot set " + a;
+        return false;
+    }
+    return SetCtrlAttribute(target.panel, target.control, attribute, static_cast<int>(number)) >= 0;
+}
+
 bool programSet(const Target &target, const std::string &value, std::string &error) {
+    if (!target.attribute.empty()) return setAttribute(target, value, error);
     int style = 0;
     GetCtrlAttribute(target.panel, target.control, ATTR_CTRL_STYLE, &style);
     if (style == CTRL_STRING || style == CTRL_TEXT_MSG || style == CTRL_TEXT_BOX) {
@@ -156,6 +181,10 @@ bool programSet(const Target &target, const std::string &value, std::string &err
 }
 
 bool userSet(const Target &target, const std::string &value, std::string &error) {
+    if (!target.attribute.empty()) {
+        error = "a user changes values, not attributes";
+        return false;
+    }
     if (!reachable(target)) return false;
     int style = 0;
     GetCtrlAttribute(target.panel, target.control, ATTR_CTRL_STYLE, &style);
@@ -202,9 +231,14 @@ std::string read(const Target &target) {
         GetCtrlAttribute(target.panel, target.control, ATTR_LABEL_TEXT, text);
         return text;
     }
-    if (a == "max" || a == "min") {
-        GetCtrlAttribute(target.panel, target.control, a == "max" ? ATTR_MAX_VALUE : ATTR_MIN_VALUE, &real);
+    if (a == "max" || a == "min" || a == "interval") {
+        GetCtrlAttribute(target.panel, target.control,
+                         a == "max" ? ATTR_MAX_VALUE : a == "min" ? ATTR_MIN_VALUE : ATTR_INTERVAL, &real);
         return formatNumber(real);
+    }
+    if (a == "items" || a == "enabled") {
+        GetCtrlAttribute(target.panel, target.control, a == "items" ? ATTR_NUM_ITEMS : ATTR_ENABLED, &number);
+        return std::to_string(number);
     }
     int style = 0;
     GetCtrlAttribute(target.panel, target.control, ATTR_CTRL_STYLE, &style);

@@ -50,7 +50,8 @@ private:
 // ---- a user's hands, for scripts and tests -------------------------------------------------------
 
 // A control or panel as scripts name it: "PANEL.CONTROL", "Name_Callback", "PANEL", each
-// optionally followed by ".attribute" (dimmed, visible, label, max, min, title, width, height).
+// optionally followed by ".attribute" (dimmed, visible, label, max, min, items, enabled, interval,
+// and of a panel title, width, height).
 struct Target {
     int panel = 0;
     int control = 0;
@@ -63,7 +64,7 @@ bool resolve(const std::string &name, Target &target, std::string &error);
 bool deliver(const Target &target, int event, int data1 = 0, int data2 = 0);
 // The user changes a value (ring item value, number, or text) and commits it.
 bool userSet(const Target &target, const std::string &value, std::string &error);
-// The program sets a value: no event.
+// The program sets a value, or an attribute when the target names one: no event.
 bool programSet(const Target &target, const std::string &value, std::string &error);
 // The value or attribute as scripts print and compare it.
 std::string read(const Target &target);

@@ -51,6 +51,7 @@ int eventNamed(const std::string &name) {
     if (name == "leftclick") return EVENT_LEFT_CLICK;
     if (name == "doubleclick") return EVENT_LEFT_DOUBLE_CLICK;
     if (name == "close") return EVENT_CLOSE;
+    if (name == "tick") return EVENT_TIMER_TICK;
     return EVENT_NONE;
 }
 
@@ -72,7 +73,9 @@ bool ScriptRunner::load(const std::string &path, std::string &error) {
 
 void ScriptRunner::setLines(std::vector<std::string> lines, std::string name) {
     lines_ = std::move(lines);
-    name_ = std::move(name);
+    // Messages name the script by its file name, so transcripts do not depend on where it lies.
+    const auto slash = name.rfind('/');
+    name_ = slash == std::string::npos ? std::move(name) : name.substr(slash + 1);
     next_ = 0;
 }
 
@@ -125,6 +128,10 @@ bool ScriptRunner::run(const std::string &line, std::string &error) {
             return false;
         }
         if (verb == "put") return programSet(target, value, error);
+        if (!target.attribute.empty()) {
+            error = "set changes a value as a user would; use put for " + name;
+            return false;
+        }
         if (!userSet(target, value, error)) {
             if (!error.empty()) return false;
             out_ << "note: " << name << " is dimmed or hidden; set dropped" << std::endl;
