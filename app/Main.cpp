@@ -163,3 +163,29 @@ int Advance_Callback(int, int, int event, void *, int, int) {
     return 0;
 }
 VCC_REGISTER_CALLBACK(Advance_Callback);
+
+// The flash tools and the calibration panel are windows of their own, opened from the service
+// sheet and hidden again when closed: closing them must not quit the tool.
+int OpenSfPnl_Callback(int, int, int event, void *, int, int) {
+    if (event == EVENT_COMMIT) DisplayPanel(gPanels.sf);
+    return 0;
+}
+VCC_REGISTER_CALLBACK(OpenSfPnl_Callback);
+
+int OpenPfPnl_Callback(int, int, int event, void *, int, int) {
+    if (event == EVENT_COMMIT) DisplayPanel(gPanels.pf);
+    return 0;
+}
+VCC_REGISTER_CALLBACK(OpenPfPnl_Callback);
+
+int OpenAwbCaliPnl_Callback(int, int, int event, void *, int, int) {
+    if (event == EVENT_COMMIT) DisplayPanel(gPanels.awbCali);
+    return 0;
+}
+VCC_REGISTER_CALLBACK(OpenAwbCaliPnl_Callback);
+
+int HidePnl_Callback(int panel, int, int event, void *, int, int) {
+    if (event == EVENT_CLOSE) HidePanel(panel);
+    return 0;
+}
+VCC_REGISTER_CALLBACK(HidePnl_Callback);
