@@ -43,6 +43,8 @@ void OpenLock() {
     EasyTab_SetAttribute(gPanels.main, tab, EASYTAB_ATTR_FRAME_COLOR, VAL_BLACK);
     EasyTab_SetAttribute(gPanels.main, tab, EASYTAB_ATTR_OPTION, 1);
 
+    // The new PvInfo sheet shows the versions the start-up read, as the replaced panel did.
+    ShowVersionFields();
     ConfigureModelPanels();
     ResetConnectionState(1);
 

@@ -17,6 +17,8 @@
 
 const char kTitleText[] = "Video Camera Control AP - v1.51  2018.09.28, Orbvis Technology Corp.";
 int gAccessFlag = 0;
+// The library's version as read at start-up, for every PvInfo panel that shows it.
+static char gLibraryVersion[257];
 char gSettingsPath[1024];
 char gSnapshotPath[1024];
 
@@ -84,6 +86,13 @@ void LabelPeT77KPanel(int panel) {
 }
 }  // namespace
 
+void ShowVersionFields() {
+    char version[256] = "";
+    GetUiVersion(version);
+    SetCtrlVal(gPanels.pvInfo, PVINFO_UI_VERSION, version);
+    SetCtrlVal(gPanels.pvInfo, PVINFO_LIB_VERSION, gLibraryVersion);
+}
+
 void PreparePeT77KPanel(int panel) {
     HidePeT77KEngineeringItems(panel);
     LabelPeT77KPanel(panel);
@@ -119,13 +128,11 @@ int VccStartUp(int argc, char *argv[]) {
     char version[256] = "";
     GetUiVersion(version);
     ConsolePrintf(">AP version : UI = %s\n", version);
-    SetCtrlVal(gPanels.pvInfo, PVINFO_UI_VERSION, version);
-
-    char library[257] = "";
-    GetSDKVersion(library);
-    library[256] = '\0';
-    ConsolePrintf(">AP version : Library = %s\n", library);
-    SetCtrlVal(gPanels.pvInfo, PVINFO_LIB_VERSION, library);
+    std::memset(gLibraryVersion, 0, sizeof gLibraryVersion);
+    GetSDKVersion(gLibraryVersion);
+    gLibraryVersion[256] = '\0';
+    ConsolePrintf(">AP version : Library = %s\n", gLibraryVersion);
+    ShowVersionFields();
 
     ConfigureModelPanels();
     ResetConnectionState(1);

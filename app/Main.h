@@ -16,6 +16,8 @@ extern char gSnapshotPath[1024];
 int GetUiVersion(char version[256]);
 // "QM-T77K FW Update AP v1.51", or "... vX.OO" when the title lacks its prefix.
 void SingleModelTitle(char title[256]);
+// Writes the UI and library versions into the PvInfo panel in use.
+void ShowVersionFields();
 // Hides the engineering items of the single-model panel and writes its captions and texts.
 void PreparePeT77KPanel(int panel);
 
