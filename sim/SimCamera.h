@@ -67,6 +67,7 @@ struct BridgeState {
     bool libraryPresent = true;  // libSunplusCamera.so pretends to be absent when false
     uint32_t chipType = 0x6D;    // the low byte is what Get_ASICType reports
     bool status1B = false;       // the next download reports the unexpected status 0x1B
+    int failDownloads = 0;       // the next downloads fail at once, as a chip that stops answering
 };
 
 class Camera {

@@ -1,9 +1,14 @@
 // The `sim ...` lines of scripts, so that vcc-script and any other driver share one reading
 // of them.
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <vector>
 
+#include "sim/FwPackage.h"
 #include "sim/SimCamera.h"
 
 namespace sim {
@@ -66,6 +71,42 @@ struct Args {
     }
     bool done() { return trim(rest).empty() ? true : fail("unexpected text: " + std::string(trim(rest))); }
 };
+
+// Scripts running side by side share the program's folder and with it the package folder:
+// the first run to lay out a package holds this lock until it ends, the others wait for it.
+void lockPackageFolder() {
+    static int fd = -1;
+    if (fd >= 0) return;
+    fd = open((PackageFolderBesideProgram() + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644);
+    if (fd >= 0) flock(fd, LOCK_EX);
+}
+
+// `package`: the sample package, or the kinds given as KIND=SIZE (isp, usb, audio), or none.
+bool runPackage(std::string_view rest, std::string &message) {
+    Args a{rest, message, "package [none | KIND=SIZE ...] (KIND isp, usb or audio)"};
+    std::vector<PackageImage> images;
+    if (trim(a.rest).empty()) {
+        images = SamplePackage();
+    } else if (trim(a.rest) == "none") {
+        a.rest = {};
+    } else {
+        long long sizes[3] = {0, 0, 0};
+        constexpr std::string_view kinds[3] = {"isp", "usb", "audio"};
+        for (std::string_view word = nextWord(a.rest); !word.empty(); word = nextWord(a.rest)) {
+            const size_t eq = word.find('=');
+            const std::string_view kind = word.substr(0, eq);
+            const auto at = std::find(std::begin(kinds), std::end(kinds), kind);
+            long long size = 0;
+            if (eq == std::string_view::npos || at == std::end(kinds) || !number(word.substr(eq + 1), size) ||
+                size < 1 || size > 16 * 1024 * 1024)
+                return a.fail("not an image: " + std::string(word));
+            sizes[at - std::begin(kinds)] = size;
+        }
+        images = MakePackage(size_t(sizes[0]), size_t(sizes[1]), size_t(sizes[2]));
+    }
+    lockPackageFolder();
+    return WritePackage(PackageFolderBesideProgram(), images, message);
+}
 
 }  // namespace
 
@@ -141,6 +182,27 @@ bool RunCommand(std::string_view line, std::string &message) {
         cam.setBridge(b);
         return true;
     }
+    if (verb == "vendorfail") {
+        Args a{rest, message, "vendorfail COUNT"};
+        if (!a.integer(value, 0, 1000, "count") || !a.done()) return false;
+        BridgeState b = cam.bridge();
+        b.failDownloads = int(value);
+        cam.setBridge(b);
+        return true;
+    }
+    if (verb == "queueblock") {
+        Args a{rest, message, "queueblock UNIT SEL BYTE..."};
+        if (!a.integer(unit, 0, 255, "unit") || !a.integer(sel, 0, 0xFFFF, "selector")) return false;
+        std::vector<uint8_t> bytes;
+        while (!trim(a.rest).empty()) {
+            if (!a.integer(value, 0, 0xFF, "byte")) return false;
+            bytes.push_back(uint8_t(value));
+        }
+        if (bytes.empty()) return a.fail("missing byte");
+        cam.queueBlockRead(int(unit), uint16_t(sel), std::move(bytes));
+        return true;
+    }
+    if (verb == "package") return runPackage(rest, message);
     if (verb == "profile") {
         Args a{rest, message, "profile 0|1|2"};
         if (!a.integer(value, 0, 2, "profile") || !a.done()) return false;
