@@ -2,6 +2,7 @@
 // empty traffic record, so a test sees only its own accesses.
 #pragma once
 
+#include <cstring>
 #include <string>
 #include <vector>
 
