@@ -25,7 +25,7 @@ constexpr RegisterRow kRegisters[] = {
     {0x09, 0, RW, 0},     // skin tone
     {0x0A, 0, RW, 0},     // black level
     {0x0B, 0, RW, 0},     // mirror
-    {0x26, 0, RW, 0},     // freeze
+    {0x26, 3, RW, 0},     // freeze: off (2 on, 3 off)
     {0x2F, 0, RW, 0},     // picture effect
     {0xD1, 8, RW, 0},     // brightness
     {0xD2, 8, RW, 0},     // contrast
@@ -42,8 +42,8 @@ constexpr RegisterRow kRegisters[] = {
     {0xDE, 10, RW, 0},    // exposure time
     {0xE1, 3, RW, 0},     // iris
     {0xD4, 1, RW, 0},     // power frequency
-    {0x32, 0, RW, 0},     // AE compensation
-    {0x33, 0, RW, 0},     // spot light
+    {0x32, 3, RW, 0},     // AE compensation: off
+    {0x33, 3, RW, 0},     // spot light: off
     {0x34, 0, RW, 0},     // spot light X
     {0x35, 0, RW, 0},     // spot light Y
     {0xDA, 1, RW, 0},     // AWB mode: auto
@@ -52,7 +52,7 @@ constexpr RegisterRow kRegisters[] = {
     {0x03, 128, RW, 0},   // red gain
     {0x04, 128, RW, 0},   // blue gain
     {0x02, 0, TR, 5000},  // WB one push
-    {0x20, 0, RW, 0},     // backlight
+    {0x20, 3, RW, 0},     // backlight: off
     {0xD0, 0, RW, 0},     // backlight compensation
     // zoom and focus
     {0xE2, 0, RW, 0},     // zoom
@@ -61,9 +61,9 @@ constexpr RegisterRow kRegisters[] = {
     {0xE0, 1, RW, 0},     // AF mode: auto
     {0xDF, 0, RW, 0},     // focus
     {0x25, 0, TR, 2500},  // AF one push
-    {0x0C, 1, RW, 0},     // AF sensitivity
-    {0x0D, 1, RW, 0},     // AF speed
-    {0x0E, 0, RW, 0},     // AF frame
+    {0x0C, 2, RW, 0},     // AF sensitivity: normal
+    {0x0D, 2, RW, 0},     // AF speed: normal
+    {0x0E, 2, RW, 0},     // AF frame: full
     {0x2A, 0, RW, 0},     // zoom motion code
     {0x2B, 0, RW, 0},     // focus motion code
     {0x2C, 3, RW, 0},     // zoom speed
@@ -71,7 +71,7 @@ constexpr RegisterRow kRegisters[] = {
     // pan and tilt, presets, infrared, audio
     {0x21, 0, TR, 2000},  // pan-tilt home
     {0x22, 0, TR, 3000},  // pan-tilt reset
-    {0x24, 0, RW, 0},     // pan-tilt limit on/off
+    {0x24, 3, RW, 0},     // pan-tilt limit: off
     {0x15, 0x0000, RW, 0}, {0x16, 100, RW, 0},     // pan right limit
     {0x17, 0xFFFF, RW, 0}, {0x18, 0xFF9C, RW, 0},  // pan left limit (-100)
     {0x19, 0x0000, RW, 0}, {0x1A, 100, RW, 0},     // tilt up limit
@@ -85,7 +85,7 @@ constexpr RegisterRow kRegisters[] = {
     {0x1E, 0, RW, 0},     // preset save
     {0x1F, 0, RW, 0},     // preset clear
     {0x10, 0, RW, 0},     // IR out
-    {0x0F, 1, RW, 0},     // IR receive
+    {0x0F, 2, RW, 0},     // IR receive: on
     {0x36, 1, RW, 0},     // microphone
     // power and system
     {0xF2, 0xAA, RW, 4000},  // power (acknowledged; the duration is the power-on time)
@@ -97,9 +97,9 @@ constexpr RegisterRow kRegisters[] = {
     {0xF5, 0, TR, 1000},     // error clear
     {0xF6, 0, TR, 600},      // error table ready
     {0xF7, 0, TR, 600},      // warning table ready
-    {0xF8, 1, RW, 0},        // error LED
-    {0xF9, 0, RW, 0},        // debug enable
-    {0xFA, 0, RW, 0},        // raw / YUV (MJPG), only with debug enable 2
+    {0xF8, 3, RW, 0},        // error LED: off
+    {0xF9, 3, RW, 0},        // debug enable: off
+    {0xFA, 3, RW, 0},        // raw (2) / YUV (MJPG) (3), written only with debug enable 2
     {0xFF, 0, WO, 0},        // enter the boot loader
     // identification and status: the texts are filled at boot
     {0xCC, 0x01, RO, 0},  // stream type; the high nibble follows the preview stream
@@ -111,6 +111,7 @@ constexpr RegisterRow kRegisters[] = {
 constexpr std::pair<uint16_t, uint16_t> kProfile0Defaults[] = {{0x30, 0}};
 constexpr std::pair<uint16_t, uint16_t> kProfile1Defaults[] = {
     {0x03, 30}, {0x04, 30}, {0xD9, 15}, {0x12, 10}, {0xE1, 4}, {0x2C, 4},
+    {0xCD, 1},  // USB resolution code 1, whose digital zoom range the tool knows
 };
 constexpr std::pair<uint16_t, uint16_t> kProfile2Defaults[] = {
     {0x30, 3},                                      // digital zoom limit 2 to 3
