@@ -57,13 +57,13 @@ void ConsoleView::refresh() {
         return true;
     });
     if (!found || revision == seenRevision_) return;
-    const bool grew = lines > lines_;
-    if (lines < lines_ || lines == 0) widest_ = 0;  // cleared: forget the old width
+    // A buffer only grows or is cleared: fewer lines means it was cleared.
+    if (lines < lines_) widest_ = 0;
     seenRevision_ = revision;
     lines_ = lines;
     updateScrollRange();
-    // New text scrolls into view, as a console should.
-    if (grew || lines == 0) verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    // New text, even the end of a line begun earlier, scrolls into view as a console should.
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
     viewport()->update();
 }
 
@@ -100,9 +100,12 @@ void ConsoleView::paintEvent(QPaintEvent *) {
     const int dx = 4 - horizontalScrollBar()->value();
     int y = metrics.ascent() + 1;
     int widest = widest_;
+    // Measuring shapes the text a second time: only a line that could be wider than the
+    // widest seen so far is measured (a Chinese character takes at most two cells).
+    const int cell = metrics.maxWidth();
     for (const QString &line : shown) {
         painter.drawText(dx, y, line);
-        widest = std::max(widest, metrics.horizontalAdvance(line));
+        if (line.size() * 2 * cell > widest) widest = std::max(widest, metrics.horizontalAdvance(line));
         y += lineHeight_;
     }
     if (widest != widest_) {

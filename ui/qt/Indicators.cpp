@@ -50,7 +50,7 @@ void SwitchWidget::paintEvent(QPaintEvent *) {
     const qreal radius = track.height() / 2.0;
     const bool on = isChecked();
     QColor trackColor = on ? QColor(70, 160, 70) : QColor(150, 150, 150);
-    if (!isEnabled()) trackColor = trackColor.lighter(140);
+    if (!isEnabled()) trackColor = on ? QColor(120, 160, 120) : QColor(168, 168, 168);
     painter.setPen(QPen(QColor(80, 80, 80), 1));
     painter.setBrush(trackColor);
     painter.drawRoundedRect(track, radius, radius);
@@ -65,7 +65,7 @@ void SwitchWidget::paintEvent(QPaintEvent *) {
                             : (offText_.isEmpty() ? QStringLiteral("OFF") : offText_);
     QRectF textArea = on ? QRectF(track.left() + 4, track.top(), thumb.left() - track.left() - 6, track.height())
                          : QRectF(thumb.right() + 2, track.top(), track.right() - thumb.right() - 6, track.height());
-    painter.setPen(isEnabled() ? Qt::white : QColor(235, 235, 235));
+    painter.setPen(isEnabled() ? QColor(Qt::white) : QColor(225, 225, 225));
     QFont small = font();
     small.setBold(true);
     painter.setFont(small);

@@ -16,7 +16,7 @@ namespace vcc::ui::qt {
 struct ControlState {
     int id = 0;
     int style = 0;
-    std::string name, label, text;
+    std::string name, label, text, callbackName;
     int x = 0, y = 0, width = 0, height = 0;
     bool dimmed = false, visible = true, bound = false;
     long long intValue = 0;
@@ -78,6 +78,7 @@ inline ControlState snapshotControl(const Control &c) {
     s.id = c.id;
     s.style = c.style;
     s.name = c.name;
+    s.callbackName = c.callbackName;
     s.label = c.label;
     s.text = c.textValue;
     s.x = c.x;
