@@ -47,7 +47,7 @@ TEST_F(Connection, ConnectNamesTheCameraAndReadsItsPower) {
     EXPECT_STREQ(gDeviceName, "QM-T77K USB Camera");
     EXPECT_EQ(read("PVINFO.DEVICE_NAME"), "QM-T77K USB Camera");
     EXPECT_EQ(value(gPanels.main, MAIN_POWER_UP_DOWN), 1);
-    EXPECT_FALSE(cameraControlsDimmed());
+    EXPECT_FALSE(dimmed(gPanels.main, MAIN_POWER_UP_DOWN));
 
     // Connecting again and disconnecting twice: only the first disconnect does anything.
     clear();
