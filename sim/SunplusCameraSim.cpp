@@ -20,7 +20,7 @@ namespace {
 // Tool-time milliseconds the download takes in its phases.
 constexpr double kInitializingMs = 300;
 constexpr double kSectorMs = 100;
-constexpr double kUnexpectedMs = 3000;  // long enough for a 100 ms poll to see it many times
+constexpr double kUnexpectedMs = 10000;  // a 100 ms poll sees it even on a busy machine
 constexpr double kRestartPollMs = 100;
 constexpr double kRestartLimitMs = 10000;
 constexpr unsigned kSectors = sim::kProgramFlashSize / sim::kSectorSize;
