@@ -45,12 +45,7 @@ void OpenLock() {
 
     // The new PvInfo sheet shows the versions the start-up read, as the replaced panel did.
     ShowVersionFields();
-    ConfigureModelPanels();
-    ResetConnectionState(1);
-
-    char title[256];
-    SingleModelTitle(title);
-    SetPanelAttribute(gPanels.peT77K, ATTR_TITLE, title);
+    ConfigureForModelDisconnected();
 
     for (int control : {MAIN_PWR_CTRL_METHOD, MAIN_REFRESH_ALL, MAIN_INI_LOAD, MAIN_INI_SAVE, MAIN_INI_APPLY,
                         MAIN_INI_LABEL})
@@ -73,6 +68,8 @@ void OpenLock() {
     SetCtrlAttribute(gPanels.peT77K, PET77K_ADVANCE, ATTR_VISIBLE, 0);
     SetCtrlAttribute(gPanels.main, MAIN_ADVANCE, ATTR_CALLBACK_FUNCTION_POINTER, 0);
     SetCtrlAttribute(gPanels.main, MAIN_ADVANCE, ATTR_VISIBLE, 0);
+    char title[256];
+    SingleModelTitle(title);
     EasyTab_SetTabAttribute(gPanels.main, tab, gPanels.peT77K, EASYTAB_TAB_ATTR_LABEL_TEXT, title);
 }
 

@@ -10,7 +10,7 @@
 #include "app/BusyState.h"
 #include "app/LogFunc.h"
 #include "app/ModelProfiles.h"
-#include "device/UvcLink.h"
+#include "device/Connection.h"
 #include "ui/CallbackRegistry.h"
 #include "ui/UirFile.h"
 #include "ui/UserInterface.h"
@@ -93,6 +93,14 @@ void ShowVersionFields() {
     SetCtrlVal(gPanels.pvInfo, PVINFO_LIB_VERSION, gLibraryVersion);
 }
 
+void ConfigureForModelDisconnected() {
+    ConfigureModelPanels();
+    ResetConnectionState(1);
+    char title[256];
+    SingleModelTitle(title);
+    SetPanelAttribute(gPanels.peT77K, ATTR_TITLE, title);
+}
+
 void PreparePeT77KPanel(int panel) {
     HidePeT77KEngineeringItems(panel);
     LabelPeT77KPanel(panel);
@@ -122,24 +130,16 @@ int VccStartUp(int argc, char *argv[]) {
     gAccessFlag = 0;
 
     SetPanelAttribute(gPanels.main, ATTR_TITLE, kTitleText);
-    ConsolePrintf(">LIB : SET [INITIALIZE]\n");
-    InitializeDirectX();
+    LibInitialize();
 
     char version[256] = "";
     GetUiVersion(version);
     ConsolePrintf(">AP version : UI = %s\n", version);
-    std::memset(gLibraryVersion, 0, sizeof gLibraryVersion);
-    GetSDKVersion(gLibraryVersion);
-    gLibraryVersion[256] = '\0';
+    LibGetVersion(gLibraryVersion, 256);
     ConsolePrintf(">AP version : Library = %s\n", gLibraryVersion);
     ShowVersionFields();
 
-    ConfigureModelPanels();
-    ResetConnectionState(1);
-
-    char title[256];
-    SingleModelTitle(title);
-    SetPanelAttribute(gPanels.peT77K, ATTR_TITLE, title);
+    ConfigureForModelDisconnected();
     SetCtrlAttribute(gPanels.main, MAIN_PWR_CTRL_METHOD, ATTR_DIMMED, 1);
     SetCtrlAttribute(gPanels.main, MAIN_MODEL, ATTR_DIMMED, 1);
     HidePeT77KEngineeringItems(gPanels.peT77K);
@@ -150,14 +150,7 @@ int VccStartUp(int argc, char *argv[]) {
 
 int MainQuit_Callback(int, int, int event, void *, int, int) {
     if (event != EVENT_CLOSE) return 0;
-    if (IsPreviewOn()) {
-        ConsolePrintf(">LIB : SET [PREVIEW STOP]\n");
-        StopPreviewVideo();
-        UninitializePreviewVideo();
-        ReleaseDirectXObject();
-    }
-    ConsolePrintf(">LIB : SET [CLOSE]\n");
-    ReleaseControlObject();
+    DeviceExit();
     StartStopLog(0);
     QuitUserInterface(0);
     return 0;

@@ -18,6 +18,9 @@ int GetUiVersion(char version[256]);
 void SingleModelTitle(char title[256]);
 // Writes the UI and library versions into the PvInfo panel in use.
 void ShowVersionFields();
+// The panels configured for the chosen model, every control in the disconnected state with the
+// console hidden, and the single-model title on the PeT77K panel in use.
+void ConfigureForModelDisconnected();
 // Hides the engineering items of the single-model panel and writes its captions and texts.
 void PreparePeT77KPanel(int panel);
 
