@@ -10,7 +10,7 @@
 #include "app/LogFunc.h"
 #include "app/SystemTimer.h"
 #include "commands/FunctionList.h"
-#include "device/UvcLink.h"
+#include "device/Connection.h"
 #include "service/ServiceCommands.h"
 #include "ui/CallbackRegistry.h"
 #include "ui/UserInterface.h"
@@ -46,12 +46,6 @@ void ringLabel(int panel, int control, char (&label)[256]) {
     if (GetCtrlIndex(panel, control, &index) >= 0 && index >= 0) GetLabelFromIndex(panel, control, index, label);
 }
 
-int presence() {
-    unsigned char present = 0;
-    DetectCaptureDeviceEx(&present);
-    return present == 1;
-}
-
 void stopPreviewIfRunning() {
     if (!IsPreviewOn()) return;
     if (CtrlCallbackPtr quit = vcc::ui::findCallback("PreviewQuit_Callback")) quit(gPanels.video, 0, EVENT_CLOSE, nullptr, 0, 0);
@@ -61,7 +55,7 @@ void stopPreviewIfRunning() {
 void releaseCamera(int panel) {
     stopPreviewIfRunning();
     ConsolePrintf(">LIB : SET [CLOSE]\n");
-    ReleaseControlObject();
+    LibRelease();
     for (int control : {MAIN_CONNECTED, MAIN_ERROR, MAIN_BUSY, MAIN_POWER_UP_DOWN}) SetCtrlVal(gPanels.main, control, 0);
     SetCtrlVal(gPanels.pvInfo, PVINFO_PREVIEW_ON_OFF, 0);
     SetCtrlVal(panel, PET77K_LAMP, 0);
@@ -75,7 +69,7 @@ void showAppBl(int panel, int visible) {
 
 void connect(int panel) {
     ConsolePrintf(">LIB : GET [DEVICE EXIST]\n");
-    if (!presence()) {
+    if (!LibDeviceExists()) {
         ConsolePrintf("> - device not exist\n");
         releaseCamera(panel);
         showAppBl(panel, 1);
@@ -87,10 +81,9 @@ void connect(int panel) {
     SetCtrlVal(panel, PET77K_LAMP, 1);
     ClearErrorBlinkLatch();
     ConsolePrintf(">LIB : GET [DEVICE NAME]\n");
-    char name[65] = {};
-    GetCameraDeviceName(name);
-    SetCtrlVal(gPanels.pvInfo, PVINFO_DEVICE_NAME, name);
-    SetCtrlVal(panel, PET77K_DEVICE_NAME, name);
+    LibGetDeviceName(gDeviceName, sizeof gDeviceName);
+    SetCtrlVal(gPanels.pvInfo, PVINFO_DEVICE_NAME, gDeviceName);
+    SetCtrlVal(panel, PET77K_DEVICE_NAME, gDeviceName);
     SetCtrlVal(panel, PET77K_CONN_TEXT, "  OOO  ");
     // The vendor-library path is for a camera that cannot be reached any more; with one
     // connected the update goes through its boot loader.
