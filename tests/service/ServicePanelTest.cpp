@@ -114,8 +114,16 @@ TEST_F(ServicePanel, FailedReadsLightTheLampAndLeaveOrResetTheirFieldsAsTheyShou
     EXPECT_EQ(text(gPanels.peT77K, PET77K_SERIAL_1), "Q");
 }
 
-TEST_F(ServicePanel, AnUnacknowledgedSystemResetStillEndsItsMessageButLightsTheLamp) {
+// The panel's reset button is bound to the factory reset at start-up; the system reset is
+// reached by its callback only.
+TEST_F(ServicePanel, TheSystemResetEndsItsMessageWhateverTheCameraSaysButOnlyAFailureLightsTheLamp) {
     connect();
+    run(PeT77K_SystemRst_Callback, gPanels.peT77K, PET77K_SYSTEM_RST, EVENT_COMMIT);
+    EXPECT_EQ(text(gPanels.peT77K, PET77K_UPDATE_MSG), "出廠重置設定完畢");
+    EXPECT_FALSE(errorLit());
+    EXPECT_EQ(countTraffic("W 5 0x00F4 0x00AA"), 1u);
+
+    sim::camera().clearTraffic();
     sim::camera().setNeverAcknowledge(true);
     run(PeT77K_SystemRst_Callback, gPanels.peT77K, PET77K_SYSTEM_RST, EVENT_COMMIT);
     EXPECT_EQ(text(gPanels.peT77K, PET77K_UPDATE_MSG), "出廠重置設定完畢");
