@@ -49,6 +49,8 @@ TEST_F(Tabs, SheetsSitInTheTabControlAndTabsSwitchThem) {
     ASSERT_NE(pvView, nullptr);
     EXPECT_FALSE(pvView->isWindow()) << "a sheet is shown inside the tab control, not as a window";
     EXPECT_TRUE(pvView->isVisible());
+    EXPECT_FALSE(frontend_->panelView(others)->isVisible()) << "one sheet at a time";
+    EXPECT_FALSE(frontend_->panelView(service)->isVisible());
 
     click(tabs->tabButton(service));
     ProcessSystemEvents();

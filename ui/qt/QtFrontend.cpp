@@ -188,7 +188,15 @@ void QtFrontend::sync(bool allControls) {
                 view->setParent(nullptr, Qt::Window);
                 view->move(at.left, at.top);
             }
-            view->setVisible(at.visible);
+            if (at.visible && !view->isVisible()) {
+                // A panel put on display comes to the front with the keyboard, as the
+                // password panel must to take the typing.
+                view->show();
+                view->raise();
+                view->activateWindow();
+            } else if (!at.visible && view->isVisible()) {
+                view->hide();
+            }
             continue;
         }
         PanelView *parent = panelView(at.parent);

@@ -56,7 +56,8 @@ void TabControl::setTabs(const Tabs &tabs) {
     bool same = wanted.size() == buttons_.size();
     for (size_t i = 0; same && i < wanted.size(); ++i) same = buttons_[i]->sheet() == wanted[i];
     if (!same) {
-        for (TabButton *b : buttons_) b->deleteLater();
+        // Deleted at once: this runs while drawing, never inside a button's own signal.
+        for (TabButton *b : buttons_) delete b;
         buttons_.clear();
         for (int sheet : wanted) {
             auto *b = new TabButton(sheet, this);
@@ -89,8 +90,9 @@ void TabControl::adoptSheet(int sheet, QWidget *view) {
     if (held == view) return;
     if (held) stack_->removeWidget(held);
     held = view;
+    // The stack shows its current sheet and hides the rest; showing one here would lay every
+    // sheet on top of the others.
     stack_->addWidget(view);
-    view->show();
     if (sheet == active_) stack_->setCurrentWidget(view);
 }
 
