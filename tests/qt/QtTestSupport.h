@@ -1,6 +1,6 @@
-// Shared by the Qt front-end suites: one QApplication for the process, a fresh model and
-// front-end per test, a recording callback, and user gestures sent to widgets the way the
-// window system would deliver them.
+// Shared by the Qt front-end suites: a fresh model and front-end per test (the process's one
+// QApplication comes from QtEnvironment.cpp), a recording callback, and user gestures sent to
+// widgets the way the window system would deliver them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -54,17 +54,8 @@ inline std::vector<int> eventsOf(int control) {
 
 class QtTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        if (!QApplication::instance()) {
-            static int argc = 1;
-            static char name[] = "test_qt";
-            static char *argv[] = {name, nullptr};
-            static QApplication app(argc, argv);
-        }
-    }
-
     void SetUp() override {
+        ASSERT_NE(QApplication::instance(), nullptr) << "QtEnvironment makes the application";
         Model::instance().reset();
         frontend_ = std::make_unique<QtFrontend>();
         Model::instance().setFrontend(frontend_.get());
