@@ -11,6 +11,7 @@
 
 #include "firmware/PackageFiles.h"
 #include "firmware/SunplusCameraApi.h"
+#include "ui/UserInterface.h"
 
 namespace {
 
@@ -36,6 +37,17 @@ unsigned char getByte(unsigned char &byte) {
     return std::atomic_ref<unsigned char>(byte).load(std::memory_order_relaxed);
 }
 
+// The program's own folder first, then the system's search path, as the platform the vendor
+// wrote the library for looks for it. The run path of the programs says the same, but a
+// sanitizer that wraps dlopen searches on behalf of its own library, without that run path.
+void *openModule(const std::string &name) {
+    char dir[1024] = "";
+    if (name.find('/') == std::string::npos && GetProjectDir(dir) >= 0 && dir[0]) {
+        if (void *module = dlopen((std::string(dir) + "/" + name).c_str(), RTLD_NOW | RTLD_LOCAL)) return module;
+    }
+    return dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
 void forgetEntries() {
     for (void *&p : gEntry) p = nullptr;
 }
@@ -52,7 +64,7 @@ int UnloadVendorLibrary() {
 
 int LoadVendorLibrary() {
     UnloadVendorLibrary();
-    if (!gModule) gModule = dlopen(gLibraryName.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!gModule) gModule = openModule(gLibraryName);
     if (!gModule) return 0;
     gEntry[kSpcInit] = dlsym(gModule, kSpcEntryNames[kSpcInit]);
     if (!gEntry[kSpcInit] || entry<SpcInitFn>(kSpcInit)(0) != 0) return 0;

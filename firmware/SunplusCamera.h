@@ -1,6 +1,6 @@
 // Binding of the chip vendor's firmware library for the USB bridge, libSunplusCamera.so,
-// loaded by name through the normal library search path (the programs carry their own folder
-// in it). The library finds the bridge chip by itself, which is how the tool rewrites the
+// loaded by name from the program's own folder or else the normal library search path. The
+// library finds the bridge chip by itself, which is how the tool rewrites the
 // bridge's whole program flash, boot loader included, even while no camera is connected.
 //
 // Thread rules: load, unload, the chip type and the download run on the one worker that
