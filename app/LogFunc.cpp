@@ -81,10 +81,10 @@ std::string toCp950(const char *text, size_t length) {
     return out;
 }
 
-bool writeAll(int fd, const std::string &bytes) {
+bool writeAll(int fd, const char *bytes, size_t length) {
     size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+    while (done < length) {
+        const ssize_t n = ::write(fd, bytes + done, length - done);
         if (n < 0) {
             if (errno == EINTR) continue;
             return false;
@@ -93,6 +93,8 @@ bool writeAll(int fd, const std::string &bytes) {
     }
     return true;
 }
+
+bool writeAll(int fd, const std::string &bytes) { return writeAll(fd, bytes.data(), bytes.size()); }
 
 // The directory a file dialog starts in: a remembered path names a folder or a file in it.
 std::string startFolder(const char *path) {
@@ -145,7 +147,10 @@ int LogWriteLine(const char *text) {
     size_t length = std::strlen(line);
     if (length > 0) --length;
     line[length++] = '\n';
-    return writeAll(gLogFd, toCp950(line, length)) ? static_cast<int>(length) : -1;
+    // One write per line: once it returns the line is the kernel's, whatever happens to the tool.
+    const bool written = isAscii(line, length) ? writeAll(gLogFd, line, length)
+                                               : writeAll(gLogFd, toCp950(line, length));
+    return written ? static_cast<int>(length) : -1;
 }
 
 int StartStopLog(int start) {

@@ -63,15 +63,18 @@ void sleepMs(double ms) {
 }
 
 std::tm localTime() {
-    {
-        auto &c = clockState();
-        std::lock_guard lock(c.mutex);
-        if (c.pinned) return *c.pinned;
-    }
+    auto &c = clockState();
+    std::lock_guard lock(c.mutex);
+    if (c.pinned) return *c.pinned;
+    // Every log line reads the time: convert once per second, not once per line.
+    static std::time_t cachedSecond = -1;
+    static std::tm cached{};
     const std::time_t now = std::time(nullptr);
-    std::tm result{};
-    localtime_r(&now, &result);
-    return result;
+    if (now != cachedSecond) {
+        localtime_r(&now, &cached);
+        cachedSecond = now;
+    }
+    return cached;
 }
 }  // namespace vcc::clock
 

@@ -17,6 +17,7 @@ void Model::reset() {
     std::lock_guard lock(mutex_);
     panels_.clear();
     order_.clear();
+    timers_.clear();
     queue_.clear();
     nextHandle_ = 1;
     quitRequested = false;
@@ -55,14 +56,23 @@ int Model::addPanel(std::unique_ptr<Panel> panel) {
         if (c.style == CTRL_TIMER) c.nextTickMs = now + c.interval * 1000.0;
     panels_[handle] = std::move(panel);
     order_.push_back(handle);
+    indexTimersLocked();
     ++revision_;
     return handle;
+}
+
+void Model::indexTimersLocked() {
+    timers_.clear();
+    for (int handle : order_)
+        for (const auto &c : panels_[handle]->controls)
+            if (c.style == CTRL_TIMER) timers_.emplace_back(handle, c.id);
 }
 
 void Model::removePanel(int handle) {
     std::lock_guard lock(mutex_);
     panels_.erase(handle);
     order_.erase(std::remove(order_.begin(), order_.end(), handle), order_.end());
+    indexTimersLocked();
     // A discarded panel's queued events have nobody left to receive them.
     queue_.erase(std::remove_if(queue_.begin(), queue_.end(), [&](const Event &e) { return e.panel == handle; }),
                  queue_.end());
@@ -177,16 +187,14 @@ void Model::fireTimers() {
     {
         std::lock_guard lock(mutex_);
         const double now = vcc::clock::nowMs();
-        for (int handle : order_) {
-            Panel *p = panels_[handle].get();
-            for (auto &c : p->controls) {
-                if (c.style != CTRL_TIMER || !c.enabled || !c.callback || now < c.nextTickMs) continue;
-                const double period = std::max(c.interval * 1000.0, 1.0);
-                c.nextTickMs += period;
-                // After a long callback, resume the rhythm instead of firing a burst of stale ticks.
-                if (c.nextTickMs <= now) c.nextTickMs = now + period;
-                due.push_back({handle, c.id, c.callback, c.callbackData});
-            }
+        for (const auto &[handle, id] : timers_) {
+            Control &c = *panels_[handle]->control(id);
+            if (!c.enabled || !c.callback || now < c.nextTickMs) continue;
+            const double period = std::max(c.interval * 1000.0, 1.0);
+            c.nextTickMs += period;
+            // After a long callback, resume the rhythm instead of firing a burst of stale ticks.
+            if (c.nextTickMs <= now) c.nextTickMs = now + period;
+            due.push_back({handle, c.id, c.callback, c.callbackData});
         }
     }
     for (const auto &d : due) d.fn(d.panel, d.control, EVENT_TIMER_TICK, d.data, 0, 0);
@@ -196,9 +204,10 @@ double Model::msToNextTick() {
     std::lock_guard lock(mutex_);
     const double now = vcc::clock::nowMs();
     double next = 50.0;
-    for (int handle : order_)
-        for (const auto &c : panels_[handle]->controls)
-            if (c.style == CTRL_TIMER && c.enabled && c.callback) next = std::min(next, c.nextTickMs - now);
+    for (const auto &[handle, id] : timers_) {
+        const Control &c = *panels_[handle]->control(id);
+        if (c.enabled && c.callback) next = std::min(next, c.nextTickMs - now);
+    }
     return std::max(next, 0.0);
 }
 

@@ -76,6 +76,8 @@ struct Control {
     bool enabled = true;    // timers
     double nextTickMs = 0;
     int maxLength = 255;
+    // Key presses go to the callback, which alone decides the text (a masked entry).
+    bool keyDriven = false;
     // Tab control made from a canvas: its rows of sheet panels.
     std::vector<std::vector<int>> tabRows;
     std::map<int, std::string> tabLabels;
@@ -208,10 +210,13 @@ private:
     Model() = default;
     void servePopups();
     void fireTimers();
+    void indexTimersLocked();
 
     std::mutex mutex_;
     std::map<int, std::unique_ptr<Panel>> panels_;
     std::vector<int> order_;
+    // Every timer control, so event processing never scans all controls for due ticks.
+    std::vector<std::pair<int, int>> timers_;
     int nextHandle_ = 1;
     std::deque<Event> queue_;
     std::atomic<uint64_t> revision_{0};

@@ -116,6 +116,7 @@ Control parseControl(const YAML::Node &node, const std::string &where) {
     c.visible = node["visible"].as<bool>(true);
     c.interval = node["interval"].as<double>(0.1);
     c.maxLength = node["max_length"].as<int>(255);
+    c.keyDriven = node["keys"].as<bool>(false);
     if (node["color"]) c.onColor = parseColor(node["color"].as<std::string>());
     if (c.style == CTRL_TIMER) c.visible = false;
     return c;

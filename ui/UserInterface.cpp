@@ -30,23 +30,25 @@ constexpr int kNoSuchPanel = -1;
 constexpr int kNoSuchControl = -2;
 constexpr int kBadValue = -3;
 
-template <typename Fn> int withControl(int panel, int control, Fn &&fn) {
+// Runs fn on one control; a change (not a read) bumps the revision a view watches.
+enum class Access { Read, Write };
+template <Access access = Access::Write, typename Fn> int withControl(int panel, int control, Fn &&fn) {
     return Model::instance().locked([&](Model &m) -> int {
         if (!m.panel(panel)) return kNoSuchPanel;
         Control *c = m.control(panel, control);
         if (!c) return kNoSuchControl;
         const int result = fn(*c);
-        m.touch();
+        if constexpr (access == Access::Write) m.touch();
         return result;
     });
 }
 
-template <typename Fn> int withPanel(int panel, Fn &&fn) {
+template <Access access = Access::Write, typename Fn> int withPanel(int panel, Fn &&fn) {
     return Model::instance().locked([&](Model &m) -> int {
         Panel *p = m.panel(panel);
         if (!p) return kNoSuchPanel;
         const int result = fn(*p);
-        m.touch();
+        if constexpr (access == Access::Write) m.touch();
         return result;
     });
 }
@@ -182,7 +184,7 @@ int SetPanelAttribute(int panel, int attribute, const char *value) {
 }
 
 int GetPanelAttribute(int panel, int attribute, int *value) {
-    return withPanel(panel, [&](Panel &p) {
+    return withPanel<Access::Read>(panel, [&](Panel &p) {
         switch (attribute) {
         case ATTR_WIDTH: *value = p.width; return 0;
         case ATTR_HEIGHT: *value = p.height; return 0;
@@ -197,7 +199,7 @@ int GetPanelAttribute(int panel, int attribute, int *value) {
 }
 
 int GetPanelAttribute(int panel, int attribute, char *value, size_t size) {
-    return withPanel(panel, [&](Panel &p) {
+    return withPanel<Access::Read>(panel, [&](Panel &p) {
         if (attribute != ATTR_TITLE) return kBadValue;
         copyOut(p.title, value, size);
         return 0;
@@ -230,7 +232,7 @@ int SetCtrlVal(int panel, int control, const char *value) {
 }
 
 int GetCtrlVal(int panel, int control, int *value) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         *value = static_cast<int>(std::llround(numberOf(c)));
         return 0;
     });
@@ -260,13 +262,13 @@ int GetCtrlVal(int panel, int control, unsigned char *value) {
     return r;
 }
 int GetCtrlVal(int panel, int control, double *value) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         *value = numberOf(c);
         return 0;
     });
 }
 int GetCtrlVal(int panel, int control, char *value, size_t size) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         if (c.style == CTRL_TEXT_BOX)
             copyOut(c.textBox.text(), value, size);
         else if (c.style == CTRL_RING && c.ringIndex >= 0)
@@ -349,13 +351,13 @@ int SetCtrlAttribute(int panel, int control, int attribute, void *value) {
 
 int GetCtrlAttribute(int panel, int control, int attribute, int *value) {
     if (attribute == ATTR_NEXT_CTRL) {
-        return withPanel(panel, [&](Panel &p) {
+        return withPanel<Access::Read>(panel, [&](Panel &p) {
             if (!p.control(control)) return kNoSuchControl;
             *value = control < static_cast<int>(p.controls.size()) ? control + 1 : 0;
             return 0;
         });
     }
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         switch (attribute) {
         case ATTR_DIMMED: *value = c.dimmed; return 0;
         case ATTR_VISIBLE: *value = c.visible; return 0;
@@ -380,7 +382,7 @@ int GetCtrlAttribute(int panel, int control, int attribute, int *value) {
 }
 
 int GetCtrlAttribute(int panel, int control, int attribute, double *value) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         switch (attribute) {
         case ATTR_MIN_VALUE: *value = c.minValue; return 0;
         case ATTR_MAX_VALUE: *value = c.maxValue; return 0;
@@ -392,7 +394,7 @@ int GetCtrlAttribute(int panel, int control, int attribute, double *value) {
 }
 
 int GetCtrlAttribute(int panel, int control, int attribute, char *value, size_t size) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         if (attribute != ATTR_LABEL_TEXT) return kBadValue;
         copyOut(c.label, value, size);
         return 0;
@@ -426,14 +428,14 @@ int InsertListItem(int panel, int control, int index, const char *label, int val
 }
 
 int GetNumListItems(int panel, int control, int *count) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         *count = static_cast<int>(c.items.size());
         return 0;
     });
 }
 
 int GetCtrlIndex(int panel, int control, int *index) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         *index = c.ringIndex;
         return 0;
     });
@@ -449,7 +451,7 @@ int SetCtrlIndex(int panel, int control, int index) {
 }
 
 int GetLabelFromIndex(int panel, int control, int index, char *label, size_t size) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         if (index < 0 || index >= static_cast<int>(c.items.size())) return kBadValue;
         copyOut(c.items[index].label, label, size);
         return 0;
@@ -457,7 +459,7 @@ int GetLabelFromIndex(int panel, int control, int index, char *label, size_t siz
 }
 
 int GetValueFromIndex(int panel, int control, int index, int *value) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         if (index < 0 || index >= static_cast<int>(c.items.size())) return kBadValue;
         *value = c.items[index].value;
         return 0;
@@ -475,14 +477,14 @@ int ResetTextBox(int panel, int control, const char *text) {
 }
 
 int GetNumTextBoxLines(int panel, int control, int *lines) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         *lines = static_cast<int>(c.textBox.lineCount());
         return 0;
     });
 }
 
 int GetTextBoxLine(int panel, int control, int line, char *text, size_t size) {
-    return withControl(panel, control, [&](Control &c) {
+    return withControl<Access::Read>(panel, control, [&](Control &c) {
         if (line < 0 || line >= static_cast<int>(c.textBox.lineCount())) return kBadValue;
         copyOut(c.textBox.line(static_cast<size_t>(line)), text, size);
         return 0;

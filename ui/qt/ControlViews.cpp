@@ -22,8 +22,9 @@ namespace vcc::ui::qt {
 QColor toQColor(int rgb) { return QColor((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF); }
 
 bool isKeyDriven(const ControlState &state) {
-    // The password entry composes its asterisks in its callback from every key press.
-    return state.style == CTRL_STRING && state.callbackName == "Password_Callback";
+    // A field whose callback composes its text from every key press (the password entry shows
+    // only the asterisks its callback sets).
+    return state.style == CTRL_STRING && state.keyDriven;
 }
 
 namespace {

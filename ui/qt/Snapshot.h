@@ -17,6 +17,7 @@ struct ControlState {
     int id = 0;
     int style = 0;
     std::string name, label, text, callbackName;
+    bool keyDriven = false;
     int x = 0, y = 0, width = 0, height = 0;
     bool dimmed = false, visible = true, bound = false;
     long long intValue = 0;
@@ -79,6 +80,7 @@ inline ControlState snapshotControl(const Control &c) {
     s.style = c.style;
     s.name = c.name;
     s.callbackName = c.callbackName;
+    s.keyDriven = c.keyDriven;
     s.label = c.label;
     s.text = c.textValue;
     s.x = c.x;
