@@ -179,6 +179,10 @@ constexpr ShowRow kShown[] = {
     SHOW(others, OTHERS_IR_RECEIVE, 1, 1, 0), SHOW(others, OTHERS_AF_SENSITIVITY, 1, 1, 0),
     SHOW(others, OTHERS_AF_FRAME, 1, 1, 0), SHOW(others, OTHERS_MIRROR, 1, 1, 0),
     SHOW(others, OTHERS_PICTURE_EFFECT, 0, 1, 0), SHOW(others, OTHERS_ERR_LED, 1, 1, 1),
+    // Frames whose every control a profile hides go with them, so no empty box is left behind.
+    SHOW(ae, AE_SPOT_GROUP, 0, 1, 0), SHOW(ptzfAbs, PTZFABS_LIMIT_GROUP, 1, 1, 0),
+    SHOW(ptzfRel, PTZFREL_FOCUS_GROUP, 1, 1, 0), SHOW(others, OTHERS_IR_GROUP, 1, 1, 0),
+    SHOW(others, OTHERS_AF_GROUP, 1, 1, 0),
 };
 #undef SHOW
 
