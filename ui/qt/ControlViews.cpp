@@ -89,6 +89,8 @@ void ControlView::placeLabel(const ControlState &state) {
 
 void ControlView::applyColors(QWidget *widget, const ControlState &state, bool fillBackground) {
     QPalette palette = widget->parentWidget() ? widget->parentWidget()->palette() : widget->palette();
+    // A dimmed control's own text (a check box's caption) stays readable on the grey panel.
+    palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(112, 112, 112));
     if (state.hasTextColor) {
         const QColor text = toQColor(state.textColor);
         palette.setColor(QPalette::WindowText, text);
