@@ -201,7 +201,8 @@ bool ScriptRunner::run(const std::string &line, std::string &error) {
     if (verb == "wait") {
         char *end = nullptr;
         const double ms = std::strtod(rest.c_str(), &end);
-        if (rest.empty() || *end != '\0' || ms < 0) {
+        // NaN and infinity would never come to an end.
+        if (rest.empty() || *end != '\0' || !std::isfinite(ms) || ms < 0) {
             error = "wait takes milliseconds";
             return false;
         }
