@@ -186,6 +186,24 @@ TEST_F(UiLayer, UserEditsAreCoercedToTheRangeAndCommitted) {
     EXPECT_EQ(gSeen[0].event, EVENT_COMMIT);
 }
 
+TEST_F(UiLayer, ScriptValuesThatAreNoFiniteNumberAreRefused) {
+    SetCtrlVal(one, NUMBER, 7);
+    for (const char *value : {"nan", "inf", "-inf", "1e400"}) {
+        for (int control : {NUMBER, RING, LED}) {
+            std::string error;
+            EXPECT_FALSE(vcc::ui::headless::programSet(Target{one, control, ""}, value, error)) << value;
+            EXPECT_EQ(error, std::string("not a number: ") + value);
+        }
+        std::string error;
+        EXPECT_FALSE(vcc::ui::headless::userSet(Target{one, NUMBER, ""}, value, error)) << value;
+        EXPECT_FALSE(vcc::ui::headless::programSet(Target{one, NUMBER, "max"}, value, error)) << value;
+    }
+    int value = 0;
+    GetCtrlVal(one, NUMBER, &value);
+    EXPECT_EQ(value, 7);
+    EXPECT_TRUE(gSeen.empty()) << "no commit for a refused value";
+}
+
 TEST_F(UiLayer, CallbacksNestInsideEventProcessing) {
     const int nest = 1;  // TWO.BUTTON
     Model::instance().post({two, nest, EVENT_COMMIT, 0, 0});

@@ -1,6 +1,7 @@
 #include "ui/headless/HeadlessFrontend.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 
@@ -67,7 +68,8 @@ bool parseNumber(const std::string &text, double &value) {
         value = static_cast<double>(std::strtoll(text.c_str(), &end, 16));
     else
         value = std::strtod(text.c_str(), &end);
-    return end && *end == '\0';
+    // NaN and infinity fit no control: they would turn into whatever an integer cast makes of them.
+    return end && *end == '\0' && std::isfinite(value);
 }
 
 std::string formatNumber(double v) {
