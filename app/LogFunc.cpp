@@ -23,6 +23,9 @@ char gMessagePath[1024];
 namespace {
 
 constexpr size_t kTextLimit = 256;  // a console text or a log line: 255 characters and the terminator
+// Texts are formatted with room to spare, so that cutText sees what lies past the limit and
+// never leaves the first bytes of a character that does not fit.
+constexpr size_t kFormatRoom = 2 * kTextLimit;
 
 int gConsolePanel = 0;
 int gConsoleControl = 0;
@@ -124,7 +127,7 @@ void SetConsoleListener(void (*listener)(const char *text)) {
 
 void ConsolePrintf(const char *format, ...) {
     if (!gConsolePanel || !gConsoleControl) return;
-    char text[kTextLimit];
+    char text[kFormatRoom];
     va_list args;
     va_start(args, format);
     std::vsnprintf(text, sizeof text, format, args);
@@ -140,12 +143,13 @@ int LogWriteLine(const char *text) {
     if (gLogFd < 0) return 0;
     int hours = 0, minutes = 0, seconds = 0;
     CVI_GetSystemTime(&hours, &minutes, &seconds);
-    char line[kTextLimit + 1];
-    std::snprintf(line, kTextLimit, "[%02d:%02d:%02d] %s", hours, minutes, seconds, text);
+    char line[kFormatRoom];
+    std::snprintf(line, sizeof line, "[%02d:%02d:%02d] %s", hours, minutes, seconds, text);
     cutText(line, kTextLimit);
     // The text's last character (usually its line feed) gives way to the line end.
     size_t length = std::strlen(line);
     if (length > 0) --length;
+    while (length > 0 && (static_cast<unsigned char>(line[length]) & 0xC0) == 0x80) --length;
     line[length++] = '\n';
     // One write per line: once it returns the line is the kernel's, whatever happens to the tool.
     const bool written = isAscii(line, length) ? writeAll(gLogFd, line, length)
@@ -223,7 +227,7 @@ int SaveConsoleMessages() {
                   year, month, day, hours, minutes, seconds);
     std::string content = header;
     content += " - START\n\n";
-    char line[kTextLimit];
+    char line[kFormatRoom];
     for (int i = 0; i < lines; ++i) {
         line[0] = '\0';
         GetTextBoxLine(gConsolePanel, gConsoleControl, i, line);

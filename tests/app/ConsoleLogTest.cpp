@@ -132,6 +132,33 @@ TEST_F(ConsoleLog, OverlongTextsAreCutNotOverflowed) {
     EXPECT_EQ(console().size(), 255u);
 }
 
+TEST_F(ConsoleLog, ACutTextEndsOnAWholeCharacter) {
+    const auto log = dir / "cut-log.txt";
+    answerFile(log);
+    ASSERT_TRUE(userSet("MAIN.LOG", "1"));
+    commit("StatusMsgClear_Callback");
+    // 254 bytes and a three-byte character: only the bytes before the character fit.
+    ConsolePrintf("%s錯誤\n", std::string(254, 'a').c_str());
+    EXPECT_EQ(console(), std::string(254, 'a'));
+    // Whole in the console, but its time-stamped log line is cut inside the character.
+    ConsolePrintf("%s錯誤\n", std::string(240, 'b').c_str());
+    // One console line of 257 bytes from two texts, cut for the message file.
+    ConsolePrintf("%s", std::string(200, 'c').c_str());
+    ConsolePrintf("%s錯\n", std::string(54, 'c').c_str());
+    ASSERT_TRUE(userSet("MAIN.LOG", "0"));
+    const auto messages = dir / "cut-messages.txt";
+    answerFile(messages);
+    ASSERT_TRUE(commit("StatusMsgSave_Callback"));
+
+    // Code page 950 marks a broken character with '?'; no cut may leave one behind.
+    const std::string logText = readFile(log);
+    EXPECT_NE(logText.find("\n[03:04:05] " + std::string(240, 'b') + "\n"), std::string::npos) << logText;
+    EXPECT_EQ(logText.find('?'), std::string::npos) << logText;
+    const std::string messageText = readFile(messages);
+    EXPECT_NE(messageText.find("\n" + std::string(254, 'c') + "\n"), std::string::npos) << messageText;
+    EXPECT_EQ(messageText.find('?'), std::string::npos) << messageText;
+}
+
 TEST_F(ConsoleLog, TheConsoleAreaIsShownOrCutOffByThePanelHeight) {
     EXPECT_EQ(read("MAIN.height"), "310");
     ASSERT_FALSE(IsDeviceConnected());
