@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <mutex>
 #include <string>
 
 #include "MainUir.h"
@@ -54,6 +55,7 @@ const Kind kKinds[kFwImageKinds] = {
 };
 
 std::string gBaseDirOverride;
+std::mutex gFullPathLock;  // guards gFwFullPath against a writer reading it mid-look-up
 
 // The package folder; 0 when it cannot be named within 1023 characters (a program folder too
 // deep to name counts the same).
@@ -83,15 +85,16 @@ void showOutcome(int kind, int outcome, int fromUpdate) {
     if (const char *line = fromUpdate ? k.updateLine[outcome] : k.callbackLine[outcome]) ConsolePrintf("%s", line);
 }
 
-int lookUp(int kind) {
-    gFwFullPath[kind][0] = '\0';
+// fullPath: what the look-up records for the kind, empty until the name is known.
+int lookUp(int kind, char fullPath[1024]) {
+    fullPath[0] = '\0';
     char folder[1024];
     if (!packageFolder(folder)) return kNotFound1;
     if (!FindPackageFile(folder, kKinds[kind].prefix, gFwFileName[kind], kSuffix)) return kNotFound1;
     char path[1024];
     const int n = std::snprintf(path, sizeof path, "%s/%s", folder, gFwFileName[kind]);
     if (n < 0 || n >= int(sizeof path)) return kNotFound2;  // no such file can be named
-    std::strcpy(gFwFullPath[kind], path);
+    std::strcpy(fullPath, path);
     int size = 0;
     if (FileExists(path, &size) != 1) return kNotFound2;
     if (kind == kFwUsb && size != kUsbImageSize) return kSizeInvalid;
@@ -142,9 +145,19 @@ int ReadFwCheckBox(int kind) {
 }
 
 int LookUpFwImage(int kind, int fromUpdate) {
-    const int outcome = lookUp(kind);
+    char fullPath[1024];
+    const int outcome = lookUp(kind, fullPath);
+    {
+        std::lock_guard<std::mutex> lock(gFullPathLock);
+        std::strcpy(gFwFullPath[kind], fullPath);
+    }
     showOutcome(kind, outcome, fromUpdate);
     return outcome == kAccepted;
+}
+
+void CopyFwFullPath(int kind, char path[1024]) {
+    std::lock_guard<std::mutex> lock(gFullPathLock);
+    std::strcpy(path, gFwFullPath[kind]);
 }
 
 std::FILE *OpenFwImage(const char *path) {

@@ -4,9 +4,10 @@
 // sequence looks every selected image up again right before it writes, and the writers open
 // the images through the full paths recorded here.
 //
-// Thread rules: the look-up and the callbacks run on the user-interface thread; the writers
-// read the recorded full paths from their worker while the user-interface thread waits for
-// them, so nothing writes the paths while a writer runs.
+// Thread rules: the look-up and the callbacks run on the user-interface thread. The file-name
+// boxes stay live while a writer runs, so a look-up may record a path while a worker reads
+// it: a look-up records its path whole when it is over, and the writers take theirs through
+// CopyFwFullPath, never from gFwFullPath directly.
 #pragma once
 
 #include <cstdio>
@@ -32,6 +33,9 @@ int ReadFwCheckBox(int kind);
 // lines of the file-name callbacks (fromUpdate 0) or of the update sequence (fromUpdate 1).
 // 1 when the image is accepted.
 int LookUpFwImage(int kind, int fromUpdate);
+
+// The kind's recorded full path as a look-up left it (empty when it found no usable name).
+void CopyFwFullPath(int kind, char path[1024]);
 
 // Opens an image for binary reading. Only regular files open: a device or a pipe that happens
 // to carry an image's name must never block the tool.

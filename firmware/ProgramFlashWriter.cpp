@@ -75,7 +75,8 @@ int writeApplication(std::FILE *file, int imageSize) {
 }  // namespace
 
 int UsbAppImageThread(void *) {
-    const char *path = gFwFullPath[kFwUsb];
+    char path[1024];
+    CopyFwFullPath(kFwUsb, path);
     int size = 0;
     std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
     if (!file) {

@@ -31,7 +31,8 @@ bool knownChip(const unsigned char id[3]) { return id[0] == 0xC2 || id[1] == 0x2
 void doneLine(long bytes) { ConsolePrintf("> - done (file end, read file size: %ld)\n\n", bytes); }
 
 std::FILE *openImage(int kind, int &size) {
-    const char *path = gFwFullPath[kind];
+    char path[1024];
+    CopyFwFullPath(kind, path);
     std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
     if (!file) {
         SetFwFail(1);

@@ -24,7 +24,14 @@ void showCount(const char *format, unsigned char counter) {
     SetFwMessage(text);
 }
 
-int writeThroughLibrary(const char *path) {
+// The image as last recorded: the search may take 20 s, and a look-up made meanwhile counts.
+int downloadRecordedImage() {
+    char path[1024];
+    CopyFwFullPath(kFwUsb, path);
+    return DownloadUsbImage(path);
+}
+
+int writeThroughLibrary() {
     unsigned char counter = kSearchPasses;
     SetFwFail(0);
     int loaded = 0;
@@ -46,7 +53,7 @@ int writeThroughLibrary(const char *path) {
     }
 
     SetFwMessage("update USB [APP + BL]...preparing");
-    int downloaded = DownloadUsbImage(path);
+    int downloaded = downloadRecordedImage();
     if (!downloaded) {
         counter = kRetryPasses;
         SetFwFail(0);
@@ -56,7 +63,7 @@ int writeThroughLibrary(const char *path) {
             Sleep(kPassMs);
             --counter;
         } while (!loaded && counter != 0);
-        downloaded = DownloadUsbImage(path);
+        downloaded = downloadRecordedImage();
         SetFwMessage("update USB [APP + BL]...preparing");
     }
     UnloadVendorLibrary();
@@ -71,14 +78,15 @@ int writeThroughLibrary(const char *path) {
 }  // namespace
 
 int UsbAppBlImageThread(void *) {
-    const char *path = gFwFullPath[kFwUsb];
+    char path[1024];
+    CopyFwFullPath(kFwUsb, path);
     int size = 0;
     std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
     if (!file) {
         SetFwFail(1);
         ConsolePrintf("> - fail (file open)\n");
     } else {
-        if (!writeThroughLibrary(path)) SetFwFail(1);
+        if (!writeThroughLibrary()) SetFwFail(1);
         std::fclose(file);
     }
     gUsbAppBlImageSlot.finish();

@@ -141,6 +141,37 @@ TEST_F(UpdateSequence, ACameraPluggedInDuringTheLibrarySearchIsTakenAtOnce) {
     EXPECT_FALSE(consoleHas("fail to initialize"));
 }
 
+// The file-name boxes stay live during an update: a technician may right-click one (or press
+// Refresh) while the vendor-library writer is about to open the image. Every look-up of the
+// USB image must leave the writer a whole path, never an empty or half-written one. A crowded
+// package folder makes each look-up spend most of its time listing.
+TEST_F(UpdateSequence, LookingTheUsbImageUpWhileTheLibraryWriterOpensItLeavesItsPathWhole) {
+    writePackage(0, sim::kProgramFlashSize, 0);
+    for (int i = 0; i < 1000; ++i) writeFile("notes_" + std::to_string(i) + ".txt", 0);
+    ASSERT_TRUE(userSet("PET77K.APP_BL", "1"));
+    ASSERT_TRUE(userSet("PET77K.FW_FILE_CHECK_BOX_USB", "1"));
+    sim::BridgeState bridge = sim::camera().bridge();
+    bridge.libraryPresent = false;
+    sim::camera().setBridge(bridge);
+    hook.queueAnswer({vcc::ui::headless::PopupAnswer::Kind::Ok, ""});
+    bool looked = false;
+    hook.onDraw = [&] {
+        if (looked || !startsWith(msg(), "update USB [APP + BL]...searching device")) return;
+        looked = true;
+        // The library is found at the writer's next attempt, and the image opened right after.
+        bridge.libraryPresent = true;
+        sim::camera().setBridge(bridge);
+        for (int i = 0; i < 60; ++i)
+            PeT77K_FwFileUSB_Callback(gPanels.peT77K, PET77K_FW_FILE_USB, EVENT_RIGHT_CLICK, nullptr, 0, 0);
+    };
+    update();
+    EXPECT_TRUE(looked);
+    EXPECT_FALSE(consoleHas("> - fail (command write)"));
+    EXPECT_EQ(msg(), "FW is updated and rebooted");
+    EXPECT_EQ(read("PET77K.FAIL"), "0");
+    expectClosed();
+}
+
 TEST_F(UpdateSequence, ACameraThatNeverReturnsAfterItsApplicationWasWrittenIsNotFound) {
     vcc::clock::setScale(100);
     writePackage(0, sim::kProgramFlashSize, 0);
