@@ -184,8 +184,11 @@ int VideoCameraConnect_Callback(int, int, int event, void *, int, int) {
 }
 VCC_REGISTER_CALLBACK(VideoCameraConnect_Callback);
 
-int PowerUpDown_Callback(int panel, int control, int event, void *, int, int) {
+// Both power callbacks act on their own main-panel control whatever they are handed, since
+// refreshes call them directly.
+int PowerUpDown_Callback(int, int, int event, void *, int, int) {
     if ((event != EVENT_COMMIT && event != EVENT_RIGHT_CLICK) || !IsDeviceConnected()) return 0;
+    const int panel = gPanels.main, control = MAIN_POWER_UP_DOWN;
     SetCommandBusy(panel, control, 1);
     int ok;
     if (event == EVENT_COMMIT) {
@@ -201,8 +204,9 @@ int PowerUpDown_Callback(int panel, int control, int event, void *, int, int) {
 }
 VCC_REGISTER_CALLBACK(PowerUpDown_Callback);
 
-int PwrCtrlMethod_Callback(int panel, int control, int event, void *, int, int) {
+int PwrCtrlMethod_Callback(int, int, int event, void *, int, int) {
     if ((event != EVENT_COMMIT && event != EVENT_RIGHT_CLICK) || !IsDeviceConnected()) return 0;
+    const int panel = gPanels.main, control = MAIN_PWR_CTRL_METHOD;
     SetCommandBusy(panel, control, 1);
     int ok;
     if (event == EVENT_COMMIT) {

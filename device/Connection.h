@@ -22,6 +22,7 @@ void LibShowStreamProperties();
 void DeviceExit();
 
 // ---- callbacks ---------------------------------------------------------------------------------
+// Each works on its own main-panel control whatever panel and control it is handed.
 // EVENT_RIGHT_CLICK connects, EVENT_LEFT_DOUBLE_CLICK disconnects; other events are ignored.
 int VideoCameraConnect_Callback(int panel, int control, int event, void *callbackData, int eventData1,
                                 int eventData2);

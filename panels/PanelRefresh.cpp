@@ -62,15 +62,7 @@ constexpr const PanelRefresh *kAllPanels[] = {
 
 // Power and power method come first: what the others show, and which controls are usable
 // afterwards, depends on them.
-// These two act on the control they are handed, so they are handed their own.
-struct PowerReadBack {
-    CtrlCallbackPtr callback;
-    int control;
-};
-constexpr PowerReadBack kPowerReadBacks[] = {
-    {PowerUpDown_Callback, MAIN_POWER_UP_DOWN},
-    {PwrCtrlMethod_Callback, MAIN_PWR_CTRL_METHOD},
-};
+constexpr CtrlCallbackPtr kPowerReadBacks[] = {PowerUpDown_Callback, PwrCtrlMethod_Callback};
 
 void ReadBack(CtrlCallbackPtr callback, int panel, int control) {
     callback(panel, control, EVENT_RIGHT_CLICK, nullptr, 0, 0);
@@ -115,8 +107,8 @@ int RefreshAll_Callback(int, int, int event, void *, int, int) {
 
     // Each read-back's bracket undims its own control when it ends; dim again at once so
     // that nothing can be committed while the panels are being filled.
-    for (const PowerReadBack &power : kPowerReadBacks) {
-        ReadBack(power.callback, main, power.control);
+    for (CtrlCallbackPtr callback : kPowerReadBacks) {
+        ReadBack(callback, main, MAIN_REFRESH_ALL);
         DimCameraControls(1);
     }
     for (const PanelRefresh *refresh : kAllPanels)

@@ -168,6 +168,37 @@ TEST_F(Connection, PowerMethodIsWrittenByLabelAndCheckedOnReadBack) {
     EXPECT_EQ(value(gPanels.main, MAIN_ERROR), 1);
 }
 
+// Refreshes and other features run these callbacks directly, handing them a control of their
+// own: the switch and the ring still decide, and still carry the bracket.
+TEST_F(Connection, PowerCallbacksMindTheirOwnControlsWhateverTheyAreHanded) {
+    connect();
+    sim::camera().setRegister(5, 0xF2, 0x55);
+    SetCtrlVal(gPanels.main, MAIN_POWER_UP_DOWN, 1);
+    clear();
+    PowerUpDown_Callback(gPanels.main, MAIN_REFRESH_ALL, EVENT_COMMIT, nullptr, 0, 0);
+    const Lines t = traffic();
+    ASSERT_GE(t.size(), 3u);
+    EXPECT_EQ((Lines{t[0], t[1], t[2]}), (Lines{"R 5 0x00F2 0x0055", "W 5 0x01F2 0x0000", "W 5 0x00F2 0x00AA"}));
+    EXPECT_EQ(value(gPanels.main, MAIN_POWER_UP_DOWN), 1);
+    EXPECT_EQ(value(gPanels.main, MAIN_ERROR), 0);
+
+    SetCtrlVal(gPanels.main, MAIN_PWR_CTRL_METHOD, 0x55);
+    clear();
+    PwrCtrlMethod_Callback(gPanels.main, MAIN_REFRESH_ALL, EVENT_COMMIT, nullptr, 0, 0);
+    EXPECT_EQ(console(), ">CMND : SET [PWR. METHOD] = 0x55\n> - W [0x00FB] = 0x55\n");
+    EXPECT_EQ(value(gPanels.main, MAIN_ERROR), 0);
+    // The bracket ends on the ring, which the commit's dimming left alone, and not on the
+    // control it was handed.
+    EXPECT_FALSE(dimmed(gPanels.main, MAIN_PWR_CTRL_METHOD));
+    EXPECT_TRUE(dimmed(gPanels.main, MAIN_REFRESH_ALL));
+
+    sim::camera().setRegister(5, 0xFB, 0xAA);
+    PwrCtrlMethod_Callback(gPanels.pvInfo, PVINFO_USB_RESOLUTION, EVENT_RIGHT_CLICK, nullptr, 0, 0);
+    EXPECT_EQ(value(gPanels.main, MAIN_PWR_CTRL_METHOD), 0xAA);
+    EXPECT_EQ(value(gPanels.pvInfo, PVINFO_USB_RESOLUTION), 5);
+    EXPECT_EQ(value(gPanels.main, MAIN_ERROR), 0);
+}
+
 TEST_F(Connection, NothingHappensWithoutAConnection) {
     power(1);
     PwrCtrlMethod_Callback(gPanels.main, MAIN_PWR_CTRL_METHOD, EVENT_COMMIT, nullptr, 0, 0);
