@@ -75,5 +75,22 @@ TEST_F(Unlock, AWrongLetterCaseLeavesTheToolLocked) {
     EXPECT_FALSE(frontend_->panelView(gPanels.main)->isVisible());
 }
 
+TEST_F(Unlock, LettersBeyondLatin1NeitherTakeBackNorSendTheEntry) {
+    click(widget(gPanels.peT77K, PET77K_ADVANCE));
+    ProcessSystemEvents();
+    auto *field = widget<QLineEdit>(gPanels.password, PASSWORD_ENTRY);
+    ASSERT_NE(field, nullptr);
+    typeText(field, "KestrelOrbitFox");
+    // Their code points are the numbers the tool gives Backspace, Delete and Enter.
+    for (char16_t letter : {u'\u0200', u'\u0100', u'\u0D00'}) typeText(field, QString(QChar(letter)));
+    ProcessSystemEvents();
+    frontend_->syncAll();
+    EXPECT_EQ(field->text(), QString(15, '*'));
+    EXPECT_EQ(gAccessFlag, 0);
+    typeKey(field, Qt::Key_Return);
+    ProcessSystemEvents();
+    EXPECT_EQ(gAccessFlag, 1);
+}
+
 }  // namespace
 }  // namespace vcc::ui::qt::testing

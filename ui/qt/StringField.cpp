@@ -25,8 +25,10 @@ int StringField::keyCode(const QKeyEvent &event) {
     default: break;
     }
     if (event.key() >= Qt::Key_F1 && event.key() <= Qt::Key_F12) return VAL_F1_VKEY + (event.key() - Qt::Key_F1);
+    // Character codes are one byte: a letter past Latin-1 has none, or its code point would
+    // read as one of the virtual keys above (U+0200 as Backspace, U+0D00 as Enter).
     const QString text = event.text();
-    if (text.size() == 1 && text[0].isPrint()) return text[0].unicode();
+    if (text.size() == 1 && text[0].isPrint() && text[0].unicode() < 0x100) return text[0].unicode();
     return 0;
 }
 

@@ -18,7 +18,7 @@ public:
     // Called for every key press with its tool key code (0 for keys the tool has no code for).
     std::function<void(int keyCode)> onKey;
 
-    // The tool's code for a key event: the character for printable keys, a virtual key code
+    // The tool's code for a key event: the character for printable Latin-1 keys, a virtual key code
     // for Enter, Backspace, Delete, Escape, Tab and F1..F12, 0 otherwise.
     static int keyCode(const QKeyEvent &event);
 
