@@ -114,6 +114,10 @@ void rememberPath(char (&target)[1024], const char *path) {
 
 }  // namespace
 
+namespace {
+int writeLogLineLocked(const char *text);
+}
+
 void SetConsoleTarget(int panel, int control) {
     std::lock_guard lock(consoleMutex());
     gConsolePanel = panel;
@@ -136,10 +140,17 @@ void ConsolePrintf(const char *format, ...) {
     std::lock_guard lock(consoleMutex());
     SetCtrlVal(gConsolePanel, gConsoleControl, text);
     if (gListener) gListener(text);
-    LogWriteLine(text);
+    writeLogLineLocked(text);
 }
 
 int LogWriteLine(const char *text) {
+    std::lock_guard lock(consoleMutex());
+    return writeLogLineLocked(text);
+}
+
+namespace {
+// The log line of one console text; the console lock is held so lines of two threads never mix.
+int writeLogLineLocked(const char *text) {
     if (gLogFd < 0) return 0;
     int hours = 0, minutes = 0, seconds = 0;
     CVI_GetSystemTime(&hours, &minutes, &seconds);
@@ -156,6 +167,7 @@ int LogWriteLine(const char *text) {
                                                : writeAll(gLogFd, toCp950(line, length));
     return written ? static_cast<int>(length) : -1;
 }
+}  // namespace
 
 int StartStopLog(int start) {
     int year = 0, month = 0, day = 0, hours = 0, minutes = 0, seconds = 0;
