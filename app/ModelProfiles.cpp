@@ -235,13 +235,20 @@ void ConfigureModelPanels() {
     const int profile = CurrentModelProfile();
     if (profile < 0 || profile >= kProfiles) return;
 
+    // A field the profile gives no text is hidden, so a model with fewer processors shows no
+    // empty version boxes.
+    auto versionField = [](int control, const char *text) {
+        if (!control) return;
+        SetCtrlVal(gPanels.pvInfo, control, text);
+        SetCtrlAttribute(gPanels.pvInfo, control, ATTR_VISIBLE, text[0] != '\0');
+    };
     for (size_t i = 0; i < std::size(kSlots); ++i) {
         const VersionSlot &slot = kSlots[i];
         const SlotTexts &texts = kSlotTexts[i][profile];
-        SetCtrlVal(gPanels.pvInfo, slot.label, texts.label);
-        SetCtrlVal(gPanels.pvInfo, slot.version, texts.version);
-        if (slot.separator) SetCtrlVal(gPanels.pvInfo, slot.separator, texts.separator);
-        if (slot.second) SetCtrlVal(gPanels.pvInfo, slot.second, texts.second);
+        versionField(slot.label, texts.label);
+        versionField(slot.version, texts.version);
+        versionField(slot.separator, texts.separator);
+        versionField(slot.second, texts.second);
     }
     for (const RingRow &row : kRings) fillRing(gPanels.*row.panel, row.control, row.fill[profile]);
     for (const RangeRow &row : kRanges) applyRange(gPanels.*row.panel, row.control, row.range[profile]);
