@@ -1,5 +1,9 @@
 // The simulated camera as a backend of the camera access library.
+#include <cstdio>
+#include <mutex>
+
 #include "device/CameraBackend.h"
+#include "sim/FrameGenerator.h"
 #include "sim/SimCamera.h"
 
 namespace uvclink {
@@ -11,6 +15,7 @@ public:
 
     bool present() override { return sim::camera().attached(); }
     std::string name() override { return sim::camera().deviceName(); }
+    void release() override { stopPreview(); }
 
     int read(int unit, uint16_t selector, uint16_t &value) override {
         return sim::camera().readRegister(unit, selector, value);
@@ -24,6 +29,59 @@ public:
     int writeBlock(int unit, uint16_t selector, std::span<const uint8_t> payload) override {
         return sim::camera().writeBlock(unit, selector, payload);
     }
+
+    int startPreview(bool snapshots) override {
+        if (!sim::camera().attached()) return -1;
+        std::lock_guard lock(mutex_);
+        running_ = true;
+        snapshots_ = snapshots;
+        sim::camera().setStreaming(true);
+        return 0;
+    }
+    int stopPreview() override {
+        std::lock_guard lock(mutex_);
+        if (running_) sim::camera().setStreaming(false);
+        running_ = false;
+        snapshots_ = false;
+        return 0;
+    }
+
+    int capture(const char *path, bool raw) override {
+        {
+            std::lock_guard lock(mutex_);
+            // Still capture needs a stream set up for it, on a camera still on the bus.
+            if (!running_ || !snapshots_ || !sim::camera().attached()) return -1;
+        }
+        if (!path) return -1;
+        const sim::RgbFrame frame = sim::RenderFrame(sim::CurrentFrameParams());
+        std::string error;
+        const bool ok = sim::WriteFileWhole(path, raw ? sim::BayerFromRgb(frame) : sim::EncodeBmp(frame), error);
+        if (!ok) std::fprintf(stderr, "UvcLink: snapshot not saved: %s\n", error.c_str());
+        return ok ? 0 : -1;
+    }
+
+    int propertyDialog(bool stream) override {
+        // The simulated camera has a single fixed stream and no driver property pages.
+        std::fprintf(stderr, "UvcLink: the simulated camera has no %s property page (%dx%d, fixed)\n",
+                     stream ? "stream" : "camera", sim::kFrameWidth, sim::kFrameHeight);
+        return 0;
+    }
+
+    int previewFrame(std::span<uint8_t> rgb, int width, int height) override {
+        {
+            std::lock_guard lock(mutex_);
+            if (!running_) return -1;
+        }
+        if (width <= 0 || height <= 0 || rgb.size() < static_cast<size_t>(width) * height * 3) return -1;
+        const sim::RgbFrame frame = sim::RenderFrame(sim::CurrentFrameParams(), width, height);
+        std::copy(frame.rgb.begin(), frame.rgb.end(), rgb.begin());
+        return 0;
+    }
+
+private:
+    std::mutex mutex_;
+    bool running_ = false;
+    bool snapshots_ = false;
 };
 
 }  // namespace

@@ -148,13 +148,32 @@ int ReleaseControlObject() {
 
 // ---- preview and capture ------------------------------------------------------------------------------
 
+// The stream set-up chosen by InitializePreviewVideo_SetStreamFormat, used by the next start.
+std::atomic<bool> gSnapshotStream{false};
+
 int GetDirectXObject() { return 0; }
-int InitializePreviewVideo_SetStreamFormat(int, int, unsigned char) { return 0; }
-int StartPreviewVideo() { return 0; }
-int StopPreviewVideo() { return 0; }
-int UninitializePreviewVideo() { return 0; }
+
+int InitializePreviewVideo_SetStreamFormat(int, int, unsigned char snapshot) {
+    // Format and resolution 0 mean the camera's own default stream, the only one offered.
+    gSnapshotStream.store(snapshot != 0);
+    return 0;
+}
+
+int StartPreviewVideo() { return backend().startPreview(gSnapshotStream.load()); }
+int StopPreviewVideo() { return backend().stopPreview(); }
+
+int UninitializePreviewVideo() {
+    gSnapshotStream.store(false);
+    return 0;
+}
+
 int ReleaseDirectXObject() { return 0; }
-int CaptureRGBDataToFile(const char *) { return 0; }
-int CaptureRAWDataToFile(const char *) { return 0; }
-int ShowCameraPropertyDialog(int) { return 0; }
-int ShowStreamPropertyDialog(int) { return 0; }
+int CaptureRGBDataToFile(const char *path) { return backend().capture(path, false); }
+int CaptureRAWDataToFile(const char *path) { return backend().capture(path, true); }
+int ShowCameraPropertyDialog(int) { return backend().propertyDialog(false); }
+int ShowStreamPropertyDialog(int) { return backend().propertyDialog(true); }
+
+int UvcLinkPreviewFrame(unsigned char *rgb, int width, int height) {
+    if (!rgb || width <= 0 || height <= 0 || width > 4096 || height > 4096) return -1;
+    return backend().previewFrame(std::span<uint8_t>(rgb, static_cast<size_t>(width) * height * 3), width, height);
+}

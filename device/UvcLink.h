@@ -43,6 +43,11 @@ int CaptureRAWDataToFile(const char *path);
 int ShowCameraPropertyDialog(int owner);
 int ShowStreamPropertyDialog(int owner);
 
+// ---- the picture of a running preview ------------------------------------------------------------------
+// Fills rgb (width * height * 3 bytes, rows top to bottom, at most 4096 x 4096) with what the
+// preview shows now. Negative when no preview runs. For a window that draws the video itself.
+int UvcLinkPreviewFrame(unsigned char *rgb, int width, int height);
+
 // ---- for test programs --------------------------------------------------------------------------------
 // Switches the library to the device named as UVCLINK_DEVICE would (nullptr: read the variable
 // again). Returns 1, or 0 with a message on stderr when the name is not understood (the library
