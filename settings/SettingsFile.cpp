@@ -237,7 +237,11 @@ void parseValue(int entry, const char *value) {
     SettingValue &record = gSettings[entry];
     switch (kRows[entry].type) {
     case SettingType::Text: {
-        size_t n = std::strcspn(value, "\r\n");
+        // The line end goes, whether the file came from this tool ("\n") or an editor
+        // that writes "\r\n"; anything else is part of the value.
+        size_t n = std::strlen(value);
+        if (n > 0 && value[n - 1] == '\n') --n;
+        if (n > 0 && value[n - 1] == '\r') --n;
         if (n > kSettingsTextSize - 1) n = kSettingsTextSize - 1;
         std::memcpy(record.text, value, n);
         record.text[n] = '\0';

@@ -174,8 +174,9 @@ TEST_F(Settings, ValuesReplaceWhatWasThereOrKeepItWhenTheyAreNoNumber) {
     load(path);
     ASSERT_EQ(text(gPanels.pvInfo, PVINFO_MACHINE_SERIAL), "QT77K24050100017");
     ResetTextBox(gPanels.main, MAIN_CONSOLE, "");
-    // A shorter text leaves nothing of the longer one; a non-number keeps the last value read.
-    spit(path, defaultsWith({{21, "MACHINE SERIAL = AB"}, {53, "EU_HUE = nine"}, {54, "EU_SATURATION =   12 dB"}}));
+    // A shorter text (here ending as an editor's lines do) leaves nothing of the longer one; a
+    // non-number keeps the last value read.
+    spit(path, defaultsWith({{21, "MACHINE SERIAL = AB\r"}, {53, "EU_HUE = nine"}, {54, "EU_SATURATION =   12 dB"}}));
     load(path);
     EXPECT_EQ(console(), ">INI : LOAD\n> - done\n> - PATH = " + path.string() + " \n\n");
     EXPECT_EQ(text(gPanels.pvInfo, PVINFO_MACHINE_SERIAL), "AB");
@@ -256,6 +257,20 @@ TEST_F(Settings, ApplyOfABrokenOrVanishedFileSendsNothing) {
     run(INIApply_Callback);
     EXPECT_EQ(console(), ">INI : APPLY\n> - fail \n\n>INI : APPLY\n> - fail \n\n");
     EXPECT_TRUE(sim::camera().traffic().empty());
+}
+
+TEST_F(Settings, WithThePowerOffLoadLeavesApplyDimmedAndApplyLeavesTheCameraControlsDimmed) {
+    connect();
+    SetCtrlVal(gPanels.main, MAIN_POWER_UP_DOWN, 0);
+    SetCtrlAttribute(gPanels.main, MAIN_INI_APPLY, ATTR_DIMMED, 1);
+    const auto path = dir / "off.ini";
+    spit(path, defaultsWith({}));
+    load(path);
+    EXPECT_TRUE(dimmed(gPanels.main, MAIN_INI_APPLY));
+    run(INIApply_Callback);
+    EXPECT_FALSE(sim::camera().traffic().empty());
+    EXPECT_TRUE(dimmed(gPanels.iq, IQ_BRIGHTNESS));
+    EXPECT_EQ(value(gPanels.main, MAIN_BUSY), 0);
 }
 
 }  // namespace
