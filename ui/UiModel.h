@@ -48,6 +48,13 @@ private:
     uint64_t revision_ = 0;
 };
 
+// A picture shown on a canvas: 8-bit RGB, rows top to bottom. Shared, never changed once
+// made, so a view can hold one while the tool draws the next.
+struct CanvasImage {
+    int width = 0, height = 0;
+    std::vector<uint8_t> rgb;
+};
+
 struct Control {
     int id = 0;
     std::string name;
@@ -83,6 +90,8 @@ struct Control {
     std::map<int, std::string> tabLabels;
     std::map<int, int> tabColors;
     int activeSheet = 0;
+    // Canvas: the picture drawn last (none: the canvas shows its background).
+    std::shared_ptr<const CanvasImage> image;
 };
 
 struct Panel {

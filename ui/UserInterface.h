@@ -215,6 +215,14 @@ int GetNextFile(char fileName[1024]);
 int FindPattern(const char *buffer, int startingIndex, int numberOfBytes, const char *pattern, int caseSensitive,
                 int startFromRight);
 
+// ---- canvas pictures ----------------------------------------------------------------------------------
+// Shows an RGB picture (width * height * 3 bytes, rows top to bottom) on a canvas control, scaled
+// to the canvas; rgb null clears it. 0, or negative for a control that is not a canvas or a
+// size out of 1..4096.
+int CanvasDrawRgbImage(int panel, int control, int width, int height, const unsigned char *rgb);
+// The size of the picture a canvas shows (0 x 0 when none).
+int CanvasGetImageSize(int panel, int control, int *width, int *height);
+
 // ---- tab control (the main panel's canvas turned into two rows of tab sheets) ------------------------
 enum { EASYTAB_ATTR_ACTIVE_COLOR = 1, EASYTAB_ATTR_FRAME_COLOR, EASYTAB_ATTR_OPTION };
 enum { EASYTAB_TAB_ATTR_COLOR = 1, EASYTAB_TAB_ATTR_LABEL_TEXT };

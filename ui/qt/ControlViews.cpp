@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QImage>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
@@ -344,6 +346,31 @@ protected:
 
 // ---- canvas and the tab control made from one --------------------------------------------------------------
 
+// A canvas paints the picture the tool drew last, scaled to its size; the image is shared with
+// the model and never changes, so painting needs no copy and no lock.
+class CanvasWidget : public QFrame {
+public:
+    using QFrame::QFrame;
+    void setImage(std::shared_ptr<const CanvasImage> image) {
+        image_ = std::move(image);
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent *event) override {
+        QFrame::paintEvent(event);
+        if (!image_ || image_->width <= 0 || image_->height <= 0) return;
+        const QImage picture(image_->rgb.data(), image_->width, image_->height, image_->width * 3,
+                             QImage::Format_RGB888);
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(rect(), picture);
+    }
+
+private:
+    std::shared_ptr<const CanvasImage> image_;
+};
+
 class CanvasView : public ControlView {
 public:
     using ControlView::ControlView;
@@ -351,12 +378,12 @@ public:
 protected:
     bool hasOwnLabel() const override { return true; }
     QWidget *makeBody(QWidget *parent) override {
-        auto *frame = new QFrame(parent);
+        auto *frame = new CanvasWidget(parent);
         frame->setFrameShape(QFrame::NoFrame);
         return frame;
     }
     void applyLook(const ControlState &s) override { applyColors(body_, s, true); }
-    void applyValue(const ControlState &) override {}
+    void applyValue(const ControlState &s) override { static_cast<CanvasWidget *>(body_.data())->setImage(s.image); }
 };
 
 class TabView : public ControlView {

@@ -35,6 +35,7 @@ struct ControlState {
     std::map<int, std::string> tabLabels;
     std::map<int, int> tabColors;
     int activeSheet = 0;
+    std::shared_ptr<const CanvasImage> image;
 
     // Everything but the value: a change here re-lays out the widget.
     bool sameLook(const ControlState &o) const {
@@ -47,7 +48,7 @@ struct ControlState {
     }
     bool sameValue(const ControlState &o) const {
         return intValue == o.intValue && doubleValue == o.doubleValue && text == o.text &&
-               ringIndex == o.ringIndex && activeSheet == o.activeSheet;
+               ringIndex == o.ringIndex && activeSheet == o.activeSheet && image == o.image;
     }
     bool sameItems(const ControlState &o) const {
         if (items.size() != o.items.size()) return false;
@@ -107,6 +108,7 @@ inline ControlState snapshotControl(const Control &c) {
     s.onText = c.onText;
     s.offText = c.offText;
     s.maxLength = c.maxLength;
+    if (c.style == CTRL_CANVAS) s.image = c.image;
     if (c.style == CTRL_TAB) {
         s.tabRows = c.tabRows;
         s.tabLabels = c.tabLabels;
