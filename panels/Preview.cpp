@@ -1,7 +1,9 @@
 #include "panels/Preview.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "MainUir.h"
 #include "app/BusyState.h"
@@ -22,6 +24,8 @@ constexpr int kOutputFormatDelayMs = 1500;
 constexpr int kAaRefreshDelayMs = 1000;
 constexpr int kRawFormat = 2;
 constexpr int kRgbFormat = 3;
+// Frames are fetched at most this often in real time, whatever the timer's (scaled) rhythm.
+constexpr auto kFramePeriod = std::chrono::milliseconds(40);
 
 // Read-backs of other panels are reached by name, so the preview builds without them.
 void callByName(const char *name, int panel, int control, int event) {
@@ -47,6 +51,10 @@ void startPreview(int snapshots) {
     GetDirectXObject();
     InitializePreviewVideo_SetStreamFormat(0, 0, static_cast<unsigned char>(snapshots ? 1 : 0));
     StartPreviewVideo();
+    // The library of the original platform opened its own video window; here the video
+    // window panel is where the picture appears, and closing it stops the preview.
+    DisplayPanel(gPanels.video);
+    SetCtrlAttribute(gPanels.video, VIDEO_FRAME_TIMER, ATTR_ENABLED, 1);
     readStreamBack();
 }
 
@@ -56,6 +64,7 @@ void stopPreview() {
     UninitializePreviewVideo();
     ReleaseDirectXObject();
     HidePanel(gPanels.video);
+    CanvasDrawRgbImage(gPanels.video, VIDEO_IMAGE, 0, 0, nullptr);
 }
 
 const char *lastSnapPath() {
@@ -120,6 +129,30 @@ int PreviewQuit_Callback(int, int, int event, void *, int, int) {
     return 0;
 }
 VCC_REGISTER_CALLBACK(PreviewQuit_Callback);
+
+int PreviewFrame_Callback(int, int, int event, void *, int, int) {
+    if (event != EVENT_TIMER_TICK) return 0;
+    if (!IsPreviewOn()) {
+        // Nothing to show until the next start enables the timer again.
+        SetCtrlAttribute(gPanels.video, VIDEO_FRAME_TIMER, ATTR_ENABLED, 0);
+        return 0;
+    }
+    static std::chrono::steady_clock::time_point last;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last < kFramePeriod) return 0;
+    last = now;
+    int width = 0, height = 0;
+    // The canvas fills the video window: a picture of the window's size needs no scaling.
+    GetPanelAttribute(gPanels.video, ATTR_WIDTH, &width);
+    GetPanelAttribute(gPanels.video, ATTR_HEIGHT, &height);
+    if (width < 1 || height < 1 || width > 4096 || height > 4096) return 0;
+    static std::vector<unsigned char> rgb;
+    rgb.resize(static_cast<size_t>(width) * height * 3);
+    if (UvcLinkPreviewFrame(rgb.data(), width, height) < 0) return 0;
+    CanvasDrawRgbImage(gPanels.video, VIDEO_IMAGE, width, height, rgb.data());
+    return 0;
+}
+VCC_REGISTER_CALLBACK(PreviewFrame_Callback);
 
 int CapturePin_Callback(int, int, int event, void *, int, int) {
     if (event != EVENT_COMMIT || !IsDeviceConnected()) return 0;

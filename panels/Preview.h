@@ -12,6 +12,8 @@ extern char gLastSnapPath[1024];
 int PreviewOnOff_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
 // The video window's panel callback; other parts call it with EVENT_CLOSE to stop a preview.
 int PreviewQuit_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
+// The video window's timer: draws the picture of the running preview.
+int PreviewFrame_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
 int CapturePin_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
 int CaptureFilter_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
 int Snap_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);

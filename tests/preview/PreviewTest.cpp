@@ -1,6 +1,8 @@
 // The preview and snapshot through the tool's callbacks on the simulated camera: what the files
 // hold, how they are named, and what the switch leaves usable.
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include "device/Connection.h"
 #include "device/UvcLink.h"
@@ -224,6 +226,69 @@ TEST(FrameGenerator, ParametersComeFromTheCamerasRegisters) {
     EXPECT_EQ(p.pan, -200);
     EXPECT_EQ(p.zoom, 99);
     EXPECT_EQ(p.brightness, 3);
+}
+
+}  // namespace
+
+namespace {
+
+std::shared_ptr<const vcc::ui::CanvasImage> shownPicture() {
+    return vcc::ui::Model::instance().locked(
+        [](vcc::ui::Model &m) { return m.control(gPanels.video, VIDEO_IMAGE)->image; });
+}
+
+void tick() {
+    // Frames are fetched at most every 40 ms of real time.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    PreviewFrame_Callback(gPanels.video, VIDEO_FRAME_TIMER, EVENT_TIMER_TICK, nullptr, 0, 0);
+}
+
+class VideoWindow : public Preview {};
+
+TEST_F(VideoWindow, ShowsTheCamerasPictureWhileThePreviewRunsAndFollowsItsSettings) {
+    connect();
+    tick();
+    EXPECT_EQ(shownPicture(), nullptr) << "no preview, no picture";
+    startPreview(0);
+    EXPECT_EQ(read("VIDEO.visible"), "1");
+    tick();
+    auto first = shownPicture();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->width, 640);
+    EXPECT_EQ(first->height, 480);
+    EXPECT_EQ(first->rgb, sim::RenderFrame(sim::CurrentFrameParams()).rgb);
+
+    ASSERT_TRUE(userSet("IQ.BRIGHTNESS", "13"));
+    tick();
+    auto brighter = shownPicture();
+    ASSERT_NE(brighter, first);
+    EXPECT_GT(channelMean({brighter->width, brighter->height, brighter->rgb}, 1),
+              channelMean({first->width, first->height, first->rgb}, 1));
+
+    ASSERT_TRUE(userSet("PVINFO.PREVIEW_ON_OFF", "0"));
+    EXPECT_EQ(shownPicture(), nullptr);
+    EXPECT_EQ(read("VIDEO.visible"), "0");
+    tick();
+    int enabled = 1;
+    GetCtrlAttribute(gPanels.video, VIDEO_FRAME_TIMER, ATTR_ENABLED, &enabled);
+    EXPECT_EQ(enabled, 0) << "the frame timer rests while no preview runs";
+}
+
+TEST(CanvasPicture, OnlyACanvasTakesAPictureOfASensibleSize) {
+    vcc::ui::Model::instance().reset();
+    const int video = LoadPanel(0, "Main.uir", PNL_VIDEO);
+    ASSERT_GT(video, 0);
+    const unsigned char pixel[3] = {1, 2, 3};
+    EXPECT_LT(CanvasDrawRgbImage(video, VIDEO_IMAGE, 0, 1, pixel), 0);
+    EXPECT_LT(CanvasDrawRgbImage(video, VIDEO_IMAGE, 5000, 1, pixel), 0);
+    EXPECT_LT(CanvasDrawRgbImage(video, VIDEO_FRAME_TIMER, 1, 1, pixel), 0);
+    EXPECT_LT(CanvasDrawRgbImage(video, 999, 1, 1, pixel), 0);
+    ASSERT_EQ(CanvasDrawRgbImage(video, VIDEO_IMAGE, 1, 1, pixel), 0);
+    int w = 0, h = 0;
+    ASSERT_EQ(CanvasGetImageSize(video, VIDEO_IMAGE, &w, &h), 0);
+    EXPECT_EQ(w, 1);
+    EXPECT_EQ(h, 1);
+    vcc::ui::Model::instance().reset();
 }
 
 }  // namespace
