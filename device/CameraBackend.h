@@ -33,8 +33,9 @@ public:
     virtual int startPreview(bool /*snapshots*/) { return 0; }
     virtual int stopPreview() { return 0; }
     virtual int capture(const char * /*path*/, bool /*raw*/) { return 0; }
-    // The property pages of the device (stream false) or of its stream format (true).
-    virtual int propertyDialog(bool /*stream*/) { return 0; }
+    // The text of the device's (stream false) or its stream format's (true) property page;
+    // empty when the backend has none.
+    virtual std::string propertyPage(bool /*stream*/) { return {}; }
     // The picture the preview shows now, 8-bit RGB rows top to bottom; negative when none runs.
     virtual int previewFrame(std::span<uint8_t> /*rgb*/, int /*width*/, int /*height*/) { return -1; }
 };

@@ -60,11 +60,27 @@ public:
         return ok ? 0 : -1;
     }
 
-    int propertyDialog(bool stream) override {
-        // The simulated camera has a single fixed stream and no driver property pages.
-        std::fprintf(stderr, "UvcLink: the simulated camera has no %s property page (%dx%d, fixed)\n",
-                     stream ? "stream" : "camera", sim::kFrameWidth, sim::kFrameHeight);
-        return 0;
+    // The simulated camera offers one fixed stream and no settings of its own outside its
+    // registers, so both pages only show what is set now.
+    std::string propertyPage(bool stream) override {
+        char text[256];
+        if (stream) {
+            bool snapshots = false;
+            {
+                std::lock_guard lock(mutex_);
+                snapshots = running_ && snapshots_;
+            }
+            std::snprintf(text, sizeof text, "%d x %d, RGB 24 bit, 30 frames/s\nStill capture: %s", sim::kFrameWidth,
+                          sim::kFrameHeight, snapshots ? "on" : "off");
+        } else {
+            const sim::FrameParams p = sim::CurrentFrameParams();
+            std::snprintf(text, sizeof text,
+                          "Pan %d, tilt %d, zoom %d\nBrightness %d, contrast %d, hue %d, saturation %d\n"
+                          "Red gain %d, blue gain %d, mirror %s",
+                          p.pan, p.tilt, p.zoom, p.brightness, p.contrast, p.hue, p.saturation, p.redGain, p.blueGain,
+                          p.mirror ? "on" : "off");
+        }
+        return text;
     }
 
     int previewFrame(std::span<uint8_t> rgb, int width, int height) override {

@@ -170,8 +170,21 @@ int UninitializePreviewVideo() {
 int ReleaseDirectXObject() { return 0; }
 int CaptureRGBDataToFile(const char *path) { return backend().capture(path, false); }
 int CaptureRAWDataToFile(const char *path) { return backend().capture(path, true); }
-int ShowCameraPropertyDialog(int) { return backend().propertyDialog(false); }
-int ShowStreamPropertyDialog(int) { return backend().propertyDialog(true); }
+namespace {
+std::atomic<UvcLinkPropertyPageShower> gPageShower{nullptr};
+
+int showPage(const char *title, bool stream) {
+    const std::string text = backend().propertyPage(stream);
+    if (text.empty()) return 0;
+    if (UvcLinkPropertyPageShower show = gPageShower.load()) show(title, text.c_str());
+    else std::fprintf(stderr, "UvcLink: %s\n%s\n", title, text.c_str());
+    return 0;
+}
+}  // namespace
+
+int ShowCameraPropertyDialog(int) { return showPage("Camera Properties", false); }
+int ShowStreamPropertyDialog(int) { return showPage("Stream Properties", true); }
+void UvcLinkSetPropertyPageShower(UvcLinkPropertyPageShower show) { gPageShower.store(show); }
 
 int UvcLinkPreviewFrame(unsigned char *rgb, int width, int height) {
     if (!rgb || width <= 0 || height <= 0 || width > 4096 || height > 4096) return -1;

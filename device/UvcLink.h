@@ -48,6 +48,11 @@ int ShowStreamPropertyDialog(int owner);
 // preview shows now. Negative when no preview runs. For a window that draws the video itself.
 int UvcLinkPreviewFrame(unsigned char *rgb, int width, int height);
 
+// The library has no windows of its own here: the program that uses it shows the property
+// pages (title and text) through this function; without one they go to stderr.
+using UvcLinkPropertyPageShower = void (*)(const char *title, const char *text);
+void UvcLinkSetPropertyPageShower(UvcLinkPropertyPageShower show);
+
 // ---- for test programs --------------------------------------------------------------------------------
 // Switches the library to the device named as UVCLINK_DEVICE would (nullptr: read the variable
 // again). Returns 1, or 0 with a message on stderr when the name is not understood (the library

@@ -90,6 +90,11 @@ int snapToFile(const char *extension, const char *filter, int (*capture)(const c
     return 1;
 }
 
+// The library's property pages appear as the tool's own message popups (a small dialog in the
+// desktop front-end, a popup line in scripts).
+void showPropertyPage(const char *title, const char *text) { MessagePopup(title, text); }
+[[maybe_unused]] const bool gPageShowerInstalled = (UvcLinkSetPropertyPageShower(showPropertyPage), true);
+
 }  // namespace
 
 int PreviewOnOff_Callback(int, int, int event, void *, int, int) {

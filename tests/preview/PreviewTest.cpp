@@ -27,6 +27,8 @@ double channelMean(const sim::RgbFrame &f, int channel) {
 class Preview : public ToolTest {
 protected:
     void connect() {
+        // The library outlives each test's tool: no stream left over from the test before.
+        StopPreviewVideo();
         // The preview group is on the PvInfo sheet, which a user reaches after the unlock.
         SetCtrlAttribute(gPanels.main, MAIN_TIMER, ATTR_ENABLED, 0);
         for (char key : std::string("KestrelOrbitFox"))
@@ -157,6 +159,23 @@ TEST_F(Preview, ClosingTheVideoWindowOrLosingTheCameraStopsThePreview) {
     const std::string text = console();
     EXPECT_NE(text.find(">LIB : SET [DISCONNECT DEVICE]\n>LIB : SET [PREVIEW STOP]\n>LIB : SET [CLOSE]\n"),
               std::string::npos);
+}
+
+TEST_F(Preview, PropertyPagesShowTheStreamAndTheCamerasSettings) {
+    connect();
+    startPreview(1);
+    ASSERT_TRUE(userSet("IQ.BRIGHTNESS", "11"));
+    frontend.queueAnswer({vcc::ui::headless::PopupAnswer::Kind::Ok, ""});
+    ASSERT_TRUE(commit("PVINFO.CAPTURE_FILTER"));
+    frontend.queueAnswer({vcc::ui::headless::PopupAnswer::Kind::Ok, ""});
+    ASSERT_TRUE(commit("PVINFO.CAPTURE_PIN"));
+    ASSERT_EQ(frontend.popups.size(), 2u);
+    EXPECT_NE(frontend.popups[0].find("\"Camera Properties\""), std::string::npos) << frontend.popups[0];
+    EXPECT_NE(frontend.popups[0].find("Brightness 11"), std::string::npos) << frontend.popups[0];
+    EXPECT_NE(frontend.popups[1].find("\"Stream Properties\""), std::string::npos) << frontend.popups[1];
+    EXPECT_NE(frontend.popups[1].find("Still capture: on"), std::string::npos) << frontend.popups[1];
+    EXPECT_FALSE(IsPreviewOn() == 0);
+    EXPECT_EQ(read("MAIN.BUSY"), "0");
 }
 
 TEST_F(Preview, PowerOffWithoutTheStreamingMethodMovesOnlyTheSwitch) {
