@@ -127,6 +127,52 @@ TEST_F(AwbCalibration, HandshakesWaitSixteenSecondsForTheResetAndEighteenForTheO
     EXPECT_EQ(lastTraffic(), "R 5 0x0102 0x0000");
 }
 
+// What the panel looked like when the one-push went out, seen from the console echo.
+struct DuringStep {
+    static inline bool seen = false;
+    static inline bool ownDimmed = false, othersDimmed = false, eepromDimmed = false, busy = false;
+    static void listen(const char *text) {
+        if (std::string(text).find("[WB ONE PUSH]") == std::string::npos) return;
+        seen = true;
+        auto isDimmed = [](int control) {
+            int d = 0;
+            GetCtrlAttribute(gPanels.awbCali, control, ATTR_DIMMED, &d);
+            return d != 0;
+        };
+        ownDimmed = isDimmed(AWBCALI_AWB_CALI_6500_K);
+        othersDimmed = true;
+        for (int control : {AWBCALI_AWB_CALI_4000K_START, AWBCALI_AWB_CALI_4000_K, AWBCALI_AWB_CALI_4000K_DONE,
+                            AWBCALI_AWB_CALI_6500K_START, AWBCALI_AWB_CALI_6500K_DONE})
+            othersDimmed &= isDimmed(control);
+        eepromDimmed = isDimmed(AWBCALI_AWB_CALI_EEPROM_R) && isDimmed(AWBCALI_AWB_CALI_EEPROM_W);
+        int b = 0;
+        GetCtrlVal(gPanels.main, MAIN_BUSY, &b);
+        busy = b == 1;
+    }
+};
+
+TEST_F(AwbCalibration, WhileAStepRunsEveryOtherStepAndBothEepromButtonsAreDimmed) {
+    connect();
+    SetCtrlVal(panel(), AWBCALI_AWB_CALI_EEPROM_EN, 1);
+    for (int control : {AWBCALI_AWB_CALI_4000_K, AWBCALI_AWB_CALI_EEPROM_R, AWBCALI_AWB_CALI_EEPROM_W})
+        SetCtrlAttribute(panel(), control, ATTR_DIMMED, 0);
+    sim::camera().setLight(6500);
+    DuringStep::seen = false;
+    SetConsoleListener(DuringStep::listen);
+    run(PeT77K_AwbCali_6500K_Callback, AWBCALI_AWB_CALI_6500_K);
+    SetConsoleListener(nullptr);
+    ASSERT_TRUE(DuringStep::seen);
+    EXPECT_TRUE(DuringStep::ownDimmed);
+    EXPECT_TRUE(DuringStep::othersDimmed);
+    EXPECT_TRUE(DuringStep::eepromDimmed);
+    EXPECT_TRUE(DuringStep::busy);
+    EXPECT_EQ(value(AWBCALI_MEAS_R_6500K), 46);
+    EXPECT_EQ(value(AWBCALI_MEAS_B_6500K), 51);
+    // Afterwards the switch, still on, gives the EEPROM buttons back.
+    EXPECT_FALSE(dimmed(panel(), AWBCALI_AWB_CALI_EEPROM_R));
+    EXPECT_FALSE(value(MAIN_BUSY, gPanels.main));
+}
+
 TEST_F(AwbCalibration, AfterAStepTheStepsAreUsableAndTheEepromButtonsFollowTheSwitch) {
     connect();
     const int steps[] = {AWBCALI_AWB_CALI_4000K_START, AWBCALI_AWB_CALI_4000_K, AWBCALI_AWB_CALI_4000K_DONE,
