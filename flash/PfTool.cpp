@@ -3,6 +3,7 @@
 // to the application's sectors; reads go everywhere, so a dump holds the boot loader too.
 #include "flash/PfTool.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "MainUir.h"
@@ -364,9 +365,10 @@ int PfPageWrRd_Callback(int, int, int event, void *callbackData, int eventData1,
         // first page, whatever the address box says.
         int address = kApplicationStart;
         int length = kPageSize;
-        if (eventData1 >= kHeaderEnd && eventData1 <= kImageSize && eventData2 > 0 && eventData2 <= kPageSize) {
+        if (eventData1 >= kHeaderEnd && eventData1 <= kImageSize) {
             address = eventData1;
-            length = eventData2;
+            // One page at most travels in one command, and the buffer holds no more.
+            length = std::clamp(eventData2, 1, kPageSize);
         }
         SetCtrlVal(gPanels.pf, PF_ADDRESS, address);
         address = readInt(PF_ADDRESS);

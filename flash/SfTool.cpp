@@ -85,15 +85,20 @@ int errorLit() {
 
 void clearError() { SetCtrlVal(gPanels.main, MAIN_ERROR, 0); }
 
+// The page update calls the erase, and with it this, from its worker: the update button stays
+// dimmed meanwhile, so a second update cannot start inside the first.
 void dimFor(int type) {
+    const bool updating = readInt(SF_RUNNING) != 0;
     int control = 0;
     GetPanelAttribute(gPanels.sf, ATTR_PANEL_FIRST_CTRL, &control);
     while (control) {
-        if (control != SF_RUNNING) SetCtrlAttribute(gPanels.sf, control, ATTR_DIMMED, type == kStreamType ? 1 : 0);
+        if (control != SF_RUNNING && !(updating && control == SF_SF_UPDATE))
+            SetCtrlAttribute(gPanels.sf, control, ATTR_DIMMED, type == kStreamType ? 1 : 0);
         GetCtrlAttribute(gPanels.sf, control, ATTR_NEXT_CTRL, &control);
     }
     if (type == kStreamType)
-        for (int control : kStreamControls) SetCtrlAttribute(gPanels.sf, control, ATTR_DIMMED, 0);
+        for (int control : kStreamControls)
+            if (!(updating && control == SF_SF_UPDATE)) SetCtrlAttribute(gPanels.sf, control, ATTR_DIMMED, 0);
 }
 
 // Sector commands: the type decides the sector range first, so a sector left over from the

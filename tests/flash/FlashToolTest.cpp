@@ -1,6 +1,8 @@
 // The two flash tools driven as an engineer would: panel callbacks on the simulated camera,
 // judged by what reached the camera's memories and its traffic record.
 #include <algorithm>
+#include <atomic>
+#include <cstring>
 #include <cstdio>
 #include <vector>
 
@@ -194,7 +196,19 @@ TEST_F(FlashToolTest, SerialFlashPageUpdateErasesAllAndPadsTheLastPage) {
     call("SF.SF_BIN_LOAD", EVENT_COMMIT);
     ASSERT_EQ(value("SF.LOADED"), 1);
     sim::camera().clearTraffic();
+    // The erases re-apply the flash type's dimming; the update button must stay out of reach.
+    static std::atomic<int> updateDimmedAtEnd{-1};
+    SetConsoleListener([](const char *text) {
+        if (std::strstr(text, "done (file end")) {
+            int dimmedNow = 0;
+            GetCtrlAttribute(gPanels.sf, SF_SF_UPDATE, ATTR_DIMMED, &dimmedNow);
+            updateDimmedAtEnd = dimmedNow;
+        }
+    });
     call("SF.SF_UPDATE", EVENT_COMMIT);
+    SetConsoleListener(nullptr);
+    EXPECT_EQ(updateDimmedAtEnd.load(), 1);
+    EXPECT_FALSE(dimmed(gPanels.sf, SF_SF_UPDATE));
     EXPECT_FALSE(sawPopup("popup message \"FW Update\" \"FAIL\""));
     EXPECT_FALSE(IsDeviceConnected());
     EXPECT_EQ(value("SF.RUNNING"), 0);
