@@ -179,6 +179,21 @@ TEST_F(FlashToolTest, ProgramFlashUpdateWritesTheApplicationAndDumpReadsItBack) 
                            [](unsigned char a, char b) { return a == static_cast<unsigned char>(b); }));
 }
 
+TEST_F(FlashToolTest, ProgramFlashUpdateStopsWhenTheBootLoaderIsNotReady) {
+    const auto path = image("app.bin", 131072);
+    SetCtrlVal(gPanels.pf, PF_PATH, path.c_str());
+    const auto before = sim::camera().programFlash();
+    sim::camera().queueBlockRead(9, 0x41, {0x81});
+    sim::camera().clearTraffic();
+    call("PF.PF_UPDATE", EVENT_COMMIT);
+    EXPECT_NE(console().find(">CMND : GET [PF STATUS]\n> - fail (not PF_STATUS_OK)\n\n"), std::string::npos);
+    EXPECT_TRUE(sawPopup("popup message \"FW Update\" \"FAIL\""));
+    EXPECT_FALSE(IsDeviceConnected());
+    EXPECT_EQ(value("PF.RUNNING"), 0);
+    EXPECT_TRUE(trafficLike("WB 9 0x0043").empty());
+    EXPECT_EQ(sim::camera().programFlash(), before);
+}
+
 TEST_F(FlashToolTest, ProgramFlashDumpOutsideTheBootLoaderLeavesAnEmptyFile) {
     const auto dump = dir / "dump.bin";
     answerFile(dump);
