@@ -206,9 +206,10 @@ TEST_F(UpdateSequence, TheInterfaceStaysAliveWhileAWorkerWrites) {
     EXPECT_EQ(msg(), "FW is updated and rebooted");
     EXPECT_GT(clicks, 0);
     EXPECT_EQ(read("PASSWORD.visible"), "1");
-    // Drawn at every one of its waits: 8 while the boot loader starts, 10 to settle, the ISP
-    // write, 100 for the image processor, 30 for the reboot.
-    EXPECT_GE(FwUpdateWaitPasses(), 8 + 10 + 1 + 100 + 30);
+    // Drawn at every one of its waits: at least one while the boot loader starts (how many
+    // depends on how fast the camera comes back), 10 to settle, the ISP write, 100 for the
+    // image processor, 30 for the reboot.
+    EXPECT_GE(FwUpdateWaitPasses(), 1 + 10 + 1 + 100 + 30);
     EXPECT_GE(hook.draws, FwUpdateWaitPasses());
 }
 
