@@ -194,6 +194,9 @@ TEST_F(UpdateSequence, TheInterfaceStaysAliveWhileAWorkerWrites) {
     writePackage(256 * 1024, 0, 0);
     connect();
     ASSERT_TRUE(userSet("PET77K.FW_FILE_CHECK_BOX_ISP", "1"));
+    // A camera slow enough that the write spans many of the sequence's 100 ms passes however
+    // busy the machine is: 512 blocks of 20 ms each.
+    sim::camera().setLatencyMs(20);
     int clicks = 0;
     hook.onDraw = [&] {
         if (msg().rfind("update ISP... ", 0) != 0 || clicks++) return;
@@ -211,6 +214,7 @@ TEST_F(UpdateSequence, TheInterfaceStaysAliveWhileAWorkerWrites) {
     // image processor, 30 for the reboot.
     EXPECT_GE(FwUpdateWaitPasses(), 1 + 10 + 1 + 100 + 30);
     EXPECT_GE(hook.draws, FwUpdateWaitPasses());
+    sim::camera().setLatencyMs(0);
 }
 
 }  // namespace
