@@ -8,6 +8,8 @@
 // Thread rules: worker threads, one at a time, while the user-interface thread waits.
 #pragma once
 
+#include <cstdio>
+
 #include "MainUir.h"
 #include "app/BusyState.h"
 #include "ui/UserInterface.h"
@@ -30,3 +32,6 @@ inline void SetFwProgressRange(double maximum) {
     SetCtrlAttribute(gPanels.peT77K, PET77K_PROGRESS, ATTR_MAX_VALUE, maximum);
 }
 inline void SetFwMessage(const char *text) { SetCtrlVal(gPanels.peT77K, PET77K_UPDATE_MSG, text); }
+// Opens the image of one kind at the path the look-up recorded, with its size; when it is gone
+// or unreadable the run is marked failed and "fail (file open)" echoed, and null returned.
+std::FILE *OpenImageOrFail(int kind, int &size);

@@ -75,14 +75,9 @@ int writeApplication(std::FILE *file, int imageSize) {
 }  // namespace
 
 int UsbAppImageThread(void *) {
-    char path[1024];
-    CopyFwFullPath(kFwUsb, path);
     int size = 0;
-    std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
-    if (!file) {
-        SetFwFail(1);
-        ConsolePrintf("> - fail (file open)\n");
-    } else {
+    std::FILE *file = OpenImageOrFail(kFwUsb, size);
+    if (file) {
         SetFwProgressRange(kSectors * kSectorSize);
         if (!writeApplication(file, size)) {
             SetFwFail(1);

@@ -30,17 +30,6 @@ bool knownChip(const unsigned char id[3]) { return id[0] == 0xC2 || id[1] == 0x2
 
 void doneLine(long bytes) { ConsolePrintf("> - done (file end, read file size: %ld)\n\n", bytes); }
 
-std::FILE *openImage(int kind, int &size) {
-    char path[1024];
-    CopyFwFullPath(kind, path);
-    std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
-    if (!file) {
-        SetFwFail(1);
-        ConsolePrintf("> - fail (file open)\n");
-    }
-    return file;
-}
-
 void commandFailed() {
     SetFwFail(1);
     ConsolePrintf("> - fail (command write)\n");
@@ -119,7 +108,7 @@ int writeIsp(std::FILE *file, int imageSize) {
 
 int AudioImageThread(void *) {
     int size = 0;
-    if (std::FILE *file = openImage(kFwAudio, size)) {
+    if (std::FILE *file = OpenImageOrFail(kFwAudio, size)) {
         SetFwProgressRange(kAudioPages * kPageSize);
         if (!writeAudio(file, size)) commandFailed();
         std::fclose(file);
@@ -128,9 +117,20 @@ int AudioImageThread(void *) {
     return 0;
 }
 
+std::FILE *OpenImageOrFail(int kind, int &size) {
+    char path[1024];
+    CopyFwFullPath(kind, path);
+    std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
+    if (!file) {
+        SetFwFail(1);
+        ConsolePrintf("> - fail (file open)\n");
+    }
+    return file;
+}
+
 int IspImageThread(void *) {
     int size = 0;
-    if (std::FILE *file = openImage(kFwIsp, size)) {
+    if (std::FILE *file = OpenImageOrFail(kFwIsp, size)) {
         SetFwProgressRange(size > 0 ? size : 1);
         if (!writeIsp(file, size)) commandFailed();
         std::fclose(file);

@@ -78,14 +78,9 @@ int writeThroughLibrary() {
 }  // namespace
 
 int UsbAppBlImageThread(void *) {
-    char path[1024];
-    CopyFwFullPath(kFwUsb, path);
     int size = 0;
-    std::FILE *file = FileExists(path, &size) == 1 ? OpenFwImage(path) : nullptr;
-    if (!file) {
-        SetFwFail(1);
-        ConsolePrintf("> - fail (file open)\n");
-    } else {
+    std::FILE *file = OpenImageOrFail(kFwUsb, size);
+    if (file) {
         if (!writeThroughLibrary()) SetFwFail(1);
         std::fclose(file);
     }

@@ -60,6 +60,16 @@ void Disconnect() {
     VideoCameraConnect_Callback(gPanels.main, MAIN_VIDEO_CAMERA_CONNECT, EVENT_LEFT_DOUBLE_CLICK, nullptr, 0, 0);
 }
 
+void DumpPages(std::FILE *file, int panel, int addressControl, int pageControl, CtrlCallbackPtr readPage, int pages) {
+    unsigned char buffer[1024];
+    for (int page = 0; page < pages; ++page) {
+        std::memset(buffer, 0xFF, sizeof buffer);
+        SetCtrlVal(panel, addressControl, page * kPageSize);
+        readPage(panel, pageControl, EVENT_RIGHT_CLICK, buffer, 0, 0);
+        std::fwrite(buffer, 1, kPageSize, file);
+    }
+}
+
 void ReconnectInBootLoader() {
     SetCtrlVal(gPanels.main, MAIN_ERROR, 0);
     WaitRounds(5);
@@ -471,13 +481,7 @@ int PfDump_Callback(int, int, int event, void *, int, int) {
         if (std::FILE *file = std::fopen(path, "wb")) {
             PfInit_Callback(gPanels.pf, PF_PF_INIT, EVENT_COMMIT, nullptr, 0, 0);
             if (statusOk()) {
-                unsigned char buffer[1024];
-                for (int page = 0; page < kDumpPages; ++page) {
-                    std::memset(buffer, 0xFF, sizeof buffer);
-                    SetCtrlVal(gPanels.pf, PF_ADDRESS, page * kPageSize);
-                    PfPageWrRd_Callback(gPanels.pf, PF_PF_PAGE_WR_RD, EVENT_RIGHT_CLICK, buffer, 0, 0);
-                    std::fwrite(buffer, 1, kPageSize, file);
-                }
+                DumpPages(file, gPanels.pf, PF_ADDRESS, PF_PF_PAGE_WR_RD, PfPageWrRd_Callback, kDumpPages);
                 ConsolePrintf("> - done (save file)\n\n");
             }
             std::fclose(file);

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "firmware/WorkerSlot.h"
+#include "ui/UserInterface.h"
 
 int PfAppEnterBl_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
 int PfReset_Callback(int panel, int control, int event, void *callbackData, int eventData1, int eventData2);
@@ -34,6 +35,9 @@ int ChooseBin(char (&remembered)[1024], const char *title, int button, char (&pa
 // Opens an image for the update: echoes the path, then the outcome. A folder cannot be read
 // as an image, so it counts as a file that fails to open.
 std::FILE *OpenImage(const char *path, int size);
+// A dump: reads pages one by one through a panel's page read-back (handed a buffer as its
+// callback data) and writes each to file; a page that cannot be read stays erased (0xFF).
+void DumpPages(std::FILE *file, int panel, int addressControl, int pageControl, CtrlCallbackPtr readPage, int pages);
 // Connects again after the camera entered its boot loader, as the updates need it.
 void ReconnectInBootLoader();
 // The worker waits for, with the interface alive; the slot is stopped afterwards.

@@ -400,13 +400,7 @@ int SfDump_Callback(int, int, int event, void *, int, int) {
         if (std::FILE *file = std::fopen(path, "wb")) {
             SfInit_Callback(gPanels.sf, SF_SF_INIT, EVENT_COMMIT, nullptr, 0, 0);
             SfInit_Callback(gPanels.sf, SF_SF_INIT, EVENT_RIGHT_CLICK, nullptr, 0, 0);
-            unsigned char buffer[1024];
-            for (int page = 0; page < kPages; ++page) {
-                std::memset(buffer, 0xFF, sizeof buffer);
-                SetCtrlVal(gPanels.sf, SF_ADDRESS, page * kPageSize);
-                SfPageWrRd_Callback(gPanels.sf, SF_SF_PAGE_WR_RD, EVENT_RIGHT_CLICK, buffer, 0, 0);
-                std::fwrite(buffer, 1, kPageSize, file);
-            }
+            DumpPages(file, gPanels.sf, SF_ADDRESS, SF_SF_PAGE_WR_RD, SfPageWrRd_Callback, kPages);
             ConsolePrintf("> - done (save file)\n\n");
             std::fclose(file);
         } else {
