@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   g++ cmake make pkg-config
   qt6-base-dev libgl-dev libyaml-cpp-dev libgtest-dev libgmock-dev
-  libv4l-dev fonts-noto-cjk xvfb xauth
+  libv4l-dev fonts-noto-cjk xvfb xauth ccache
 )
 missing=()
 for p in "${packages[@]}"; do
