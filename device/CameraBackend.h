@@ -19,6 +19,9 @@ public:
     virtual bool present() = 0;
     // The product name, at most 32 characters; empty when no camera is there.
     virtual std::string name() = 0;
+    // Where the camera is plugged in: the USB port path ("3-1.4") of a real camera, "sim" for
+    // the simulated one; empty when no camera is there.
+    virtual std::string port() { return {}; }
     // Closes the connection; the next presence test opens it again.
     virtual void release() {}
 

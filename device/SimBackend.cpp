@@ -15,6 +15,7 @@ public:
 
     bool present() override { return sim::camera().attached(); }
     std::string name() override { return sim::camera().deviceName(); }
+    std::string port() override { return sim::camera().attached() ? "sim" : ""; }
     void release() override { stopPreview(); }
 
     int read(int unit, uint16_t selector, uint16_t &value) override {

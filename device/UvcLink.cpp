@@ -1,5 +1,6 @@
 #include "device/UvcLink.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -138,6 +139,15 @@ int GetCameraDeviceName(char *name) {
     if (!name) return 0;
     const std::string n = backend().name().substr(0, kMaxNameLength);
     std::memcpy(name, n.c_str(), n.size() + 1);
+    return 0;
+}
+
+int UvcLinkCameraPort(char *port, int size) {
+    if (!port || size <= 0) return -1;
+    const std::string p = backend().port();
+    const size_t n = std::min(p.size(), static_cast<size_t>(size - 1));
+    std::memcpy(port, p.data(), n);
+    port[n] = '\0';
     return 0;
 }
 

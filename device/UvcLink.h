@@ -30,6 +30,9 @@ int DetectCaptureDeviceEx(unsigned char *present);
 // A zero-terminated name of at most 32 characters (empty when no camera is attached).
 int GetCameraDeviceName(char *name);
 int ReleaseControlObject();
+// The camera's USB port path ("3-1.4"; "sim" for the simulated camera), zero-terminated and cut
+// to size; empty when no camera is there. For reports and production-line tools.
+int UvcLinkCameraPort(char *port, int size);
 
 // ---- preview and capture ------------------------------------------------------------------------------
 int GetDirectXObject();
